@@ -1,0 +1,16 @@
+#pragma once
+
+#include "api/qxexception.h"
+
+#include <utility>
+
+// Raised by the compiled graph, the search kernel, the model's closing for
+// lack of an objective, and the launcher's reading of reserved variables.
+// Only the dynamic type differs from QXException.
+class KernelException : public QXException {
+public:
+    KernelException(std::string fileName, int lineNumber, std::string functionName,
+                    std::string explanation)
+        : QXException(std::move(explanation), lineNumber, std::move(fileName),
+                      std::move(functionName)) {}
+};
