@@ -12,6 +12,7 @@
 #   NAME.in      standard input (absent: empty)
 #   NAME.files   expected content of files the run writes: blocks that start
 #                with a line "=== path" followed by the file's exact lines
+#   NAME.signal  "SIG SECONDS": send signal SIG (INT, TERM...) after SECONDS
 #
 # The case runs in a fresh copy of DIR, so programs can read their data by
 # relative path and written files never land in the source tree.
@@ -31,8 +32,18 @@ fi
 input=/dev/null
 [ -f "$name.in" ] && input="$name.in"
 
-timeout 100 "$quarrix" "${args[@]}" < "$input" > actual.out.raw 2> actual.err
-status=$?
+if [ -f "$name.signal" ]; then
+  read -r sig delay < "$name.signal"
+  "$quarrix" "${args[@]}" < "$input" > actual.out.raw 2> actual.err &
+  pid=$!
+  sleep "$delay"
+  kill -s "$sig" "$pid"
+  wait "$pid"
+  status=$?
+else
+  timeout 100 "$quarrix" "${args[@]}" < "$input" > actual.out.raw 2> actual.err
+  status=$?
+fi
 
 # The banner is the first two lines of every run.
 tail -n +3 actual.out.raw > actual.out
