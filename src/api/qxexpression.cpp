@@ -70,12 +70,13 @@ QXExpression* QXExpression::getOperand(int i) const {
 
 bool QXExpression::isNamed() const {
     ApiErrors::checkNotRunning(solver(), QX_HERE);
-    return !name.empty();
+    return name != nullptr;
 }
 
 const std::string& QXExpression::getName() const {
     ApiErrors::checkNotRunning(solver(), QX_HERE);
-    return name;
+    static const std::string unnamed;
+    return name ? *name : unnamed;
 }
 
 void QXExpression::setName(const std::string& newName) {
@@ -84,9 +85,8 @@ void QXExpression::setName(const std::string& newName) {
     auto& names = model->names;
     if (names.count(newName))
         ApiErrors::fail(QX_HERE, "An operator with name \"" + newName + "\" already exists.");
-    if (!name.empty()) names.erase(name);
-    name = newName;
-    names.emplace(name, this);
+    if (name) names.erase(*name);
+    name = &names.emplace(newName, this).first->first;
 }
 
 void QXExpression::checkOperand(const QXModel* model, QXOperator op, const QXExpression* operand,
@@ -144,7 +144,7 @@ std::string QXExpression::toString() const {
     ApiErrors::checkNotRunning(solver(), QX_HERE);
     std::string text = "Expression " + std::to_string(index) + " (type = " +
                        ExpressionTools::getName(op);
-    if (!name.empty()) text += ", name = " + name;
+    if (name) text += ", name = " + *name;
     return text + ")";
 }
 

@@ -70,7 +70,8 @@ private:
     const Quarrix* solver() const;
 
     QXModel* model;
-    std::string name;                    // empty: unnamed
+    // The key of the model's name map (map keys never move); null: unnamed.
+    const std::string* name = nullptr;
     std::vector<QXExpression*> operands; // owned by the model
     int64_t value = 0;                   // a constant's value, a decision's initial value
     int32_t index;                       // position in the model's expression list
