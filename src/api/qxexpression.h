@@ -45,6 +45,8 @@ public:
     void addOperand(QXExpression* expr);
     // Adds the model's constant of that value, made if needed.
     void addOperand(int64_t value);
+    // Lets a literal such as 0 mean the integer, not the null pointer.
+    void addOperand(int value) { addOperand(static_cast<int64_t>(value)); }
 
     // A constant answers in any state but Running; any other expression
     // reads the current solution, in state Paused or Stopped.

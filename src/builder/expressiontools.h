@@ -23,6 +23,9 @@ public:
     // One operand under an n-ary operator: the expression equals its operand.
     static bool isUnary(const QXExpression* expr);
 
+    // The values are the operands' in operand order; their count must be
+    // within the operator's bounds (the model's closing and the language's
+    // argument checks see to it): it is not checked again here.
     static int64_t evaluate(const QXExpression* expr, const Values& values);
     static int64_t callEvaluator(QXOperator op, const Values& values);
 

@@ -8,7 +8,9 @@
 #include "api/qxexpression.h"
 #include "api/qxmodel.h"
 
+#include <functional>
 #include <string>
+#include <vector>
 
 // The guard sentences, as the user reads them.
 const std::string RunningRefused =
@@ -52,6 +54,16 @@ class QuarrixTestAccess {
 public:
     static void setState(Quarrix& solver, QXState state) { solver.state = state; }
 };
+
+// Succeeds when every call raises this explanation.
+inline ::testing::AssertionResult allRaise(const std::vector<std::function<void()>>& calls,
+                                           const std::string& explanation) {
+    for (size_t i = 0; i < calls.size(); ++i) {
+        ::testing::AssertionResult result = raises(calls[i], explanation);
+        if (!result) return ::testing::AssertionFailure() << "call " << i << ": " << result.message();
+    }
+    return ::testing::AssertionSuccess();
+}
 
 // A solver whose model is closed (state Stopped) around one decision x that
 // is maximized.

@@ -22,9 +22,10 @@ TEST(Quarrix, ClosingTheModelMovesToStoppedAndMakesTheSolution) {
     EXPECT_TRUE(solver.isStateModeling());
     EXPECT_FALSE(solver.hasSolution());
     EXPECT_TRUE(raises([&] { solver.getSolution(); }, PausedOrStoppedOnly, Unit, "getSolution"));
-    EXPECT_TRUE(raises([&] { solver.getStatistics(); }, PausedOrStoppedOnly));
-    EXPECT_TRUE(raises([&] { solver.getNbPhases(); }, PausedOrStoppedOnly));
-    EXPECT_TRUE(raises([&] { solver.getPhase(0); }, PausedOrStoppedOnly));
+    EXPECT_TRUE(allRaise({
+        [&] { solver.getStatistics(); }, [&] { solver.getNbPhases(); },
+        [&] { solver.getPhase(0); }
+    }, PausedOrStoppedOnly));
     EXPECT_TRUE(raises([&] { solver.createPhase(); }, StoppedOnly, Unit, "createPhase"));
     EXPECT_TRUE(raises([&] { solver.solve(); }, StoppedOnly, Unit, "solve"));
     EXPECT_TRUE(raises([&] { solver.getInfo(); }, PausedOrStoppedOnly, Unit, "getInfo"));

@@ -234,18 +234,13 @@ TEST(QXModel, GettersAreRefusedWhileRunning) {
     QuarrixTestAccess::setState(c.solver, QXState::Running);
     EXPECT_TRUE(raises([&] { m->getNbExpressions(); }, RunningRefused, Unit,
                        "getNbExpressions"));
-    EXPECT_TRUE(raises([&] { m->getNbOperands(); }, RunningRefused));
-    EXPECT_TRUE(raises([&] { m->getNbDecisions(); }, RunningRefused));
-    EXPECT_TRUE(raises([&] { m->getNbConstraints(); }, RunningRefused));
-    EXPECT_TRUE(raises([&] { m->getNbObjectives(); }, RunningRefused));
-    EXPECT_TRUE(raises([&] { m->getExpression(0); }, RunningRefused));
-    EXPECT_TRUE(raises([&] { m->getExpression("x"); }, RunningRefused));
-    EXPECT_TRUE(raises([&] { m->getDecision(0); }, RunningRefused));
-    EXPECT_TRUE(raises([&] { m->getConstraint(0); }, RunningRefused));
-    EXPECT_TRUE(raises([&] { m->getObjective(0); }, RunningRefused));
-    EXPECT_TRUE(raises([&] { m->getObjectiveDirection(0); }, RunningRefused));
-    EXPECT_TRUE(raises([&] { m->isClosed(); }, RunningRefused));
-    EXPECT_TRUE(raises([&] { m->toString(); }, RunningRefused));
+    EXPECT_TRUE(allRaise({
+        [&] { m->getNbOperands(); }, [&] { m->getNbDecisions(); },
+        [&] { m->getNbConstraints(); }, [&] { m->getNbObjectives(); },
+        [&] { m->getExpression(0); }, [&] { m->getExpression("x"); },
+        [&] { m->getDecision(0); }, [&] { m->getConstraint(0); }, [&] { m->getObjective(0); },
+        [&] { m->getObjectiveDirection(0); }, [&] { m->isClosed(); }, [&] { m->toString(); }
+    }, RunningRefused));
     EXPECT_TRUE(raises([&] { m->write("f"); }, PausedOrStoppedOnly));
     EXPECT_EQ(m->getQuarrix(), &c.solver);
     QuarrixTestAccess::setState(c.solver, QXState::Stopped);

@@ -63,16 +63,16 @@ TEST(QXParam, StateGuards) {
     Quarrix solver;
     QXParam* p = solver.getParam();
     EXPECT_TRUE(raises([&] { p->setSeed(3); }, StoppedOnly, ParamUnit, "setSeed"));
-    EXPECT_TRUE(raises([&] { p->setNbThreads(3); }, StoppedOnly));
-    EXPECT_TRUE(raises([&] { p->setAnnealingLevel(3); }, StoppedOnly));
-    EXPECT_TRUE(raises([&] { p->setVerbosity(3); }, StoppedOnly));
-    EXPECT_TRUE(raises([&] { p->setTimeBetweenDisplays(3); }, StoppedOnly));
-    EXPECT_TRUE(raises([&] { p->setObjectiveBound(0, 3); }, StoppedOnly));
-    EXPECT_TRUE(raises([&] { p->setAdvancedParam("kFlipEnabled", 0); }, StoppedOnly));
+    EXPECT_TRUE(allRaise({
+        [&] { p->setNbThreads(3); }, [&] { p->setAnnealingLevel(3); },
+        [&] { p->setVerbosity(3); }, [&] { p->setTimeBetweenDisplays(3); },
+        [&] { p->setObjectiveBound(0, 3); }, [&] { p->setAdvancedParam("kFlipEnabled", 0); }
+    }, StoppedOnly));
     EXPECT_TRUE(raises([&] { p->getSeed(); }, PausedOrStoppedOnly, ParamUnit, "getSeed"));
-    EXPECT_TRUE(raises([&] { p->getVerbosity(); }, PausedOrStoppedOnly));
-    EXPECT_TRUE(raises([&] { p->getTotalTimeLimit(); }, PausedOrStoppedOnly));
-    EXPECT_TRUE(raises([&] { p->getAdvancedParam("x", 1); }, PausedOrStoppedOnly));
+    EXPECT_TRUE(allRaise({
+        [&] { p->getVerbosity(); }, [&] { p->getTotalTimeLimit(); },
+        [&] { p->getAdvancedParam("x", 1); }
+    }, PausedOrStoppedOnly));
     QXModel* m = solver.getModel();
     m->addObjective(m->createExpression(Op::Bool), Dir::Minimize);
     m->close();

@@ -74,10 +74,10 @@ TEST(QXSolution, StateGuards) {
     QXSolution copy(&s.solver);
     QuarrixTestAccess::setState(s.solver, QXState::Running);
     EXPECT_TRUE(raises([&] { sol->getStatus(); }, PausedOrStoppedOnly, Unit, "getStatus"));
-    EXPECT_TRUE(raises([&] { sol->getValue(s.x); }, PausedOrStoppedOnly));
-    EXPECT_TRUE(raises([&] { sol->setValue(s.x, 1); }, PausedOrStoppedOnly));
-    EXPECT_TRUE(raises([&] { sol->copyTo(&copy); }, PausedOrStoppedOnly));
-    EXPECT_TRUE(raises([&] { sol->compare(&copy); }, PausedOrStoppedOnly));
+    EXPECT_TRUE(allRaise({
+        [&] { sol->getValue(s.x); }, [&] { sol->setValue(s.x, 1); },
+        [&] { sol->copyTo(&copy); }, [&] { sol->compare(&copy); }
+    }, PausedOrStoppedOnly));
     EXPECT_TRUE(raises([&] { sol->clear(); }, StoppedOnly, Unit, "clear"));
     QuarrixTestAccess::setState(s.solver, QXState::Paused);
     sol->setValue(s.x, 1);

@@ -93,9 +93,10 @@ TEST(QXStatistics, StateGuards) {
     const std::string unit = "src/api/qxstatistics";
     EXPECT_TRUE(raises([&] { s->getRunningTime(); }, PausedOrStoppedOnly, unit,
                        "getRunningTime"));
-    EXPECT_TRUE(raises([&] { s->getNbMoves(); }, PausedOrStoppedOnly));
-    EXPECT_TRUE(raises([&] { s->getNbRejectedMoves(); }, PausedOrStoppedOnly));
-    EXPECT_TRUE(raises([&] { s->getPercentAcceptedMoves(); }, PausedOrStoppedOnly));
+    EXPECT_TRUE(allRaise({
+        [&] { s->getNbMoves(); }, [&] { s->getNbRejectedMoves(); },
+        [&] { s->getPercentAcceptedMoves(); }
+    }, PausedOrStoppedOnly));
     EXPECT_TRUE(raises([&] { s->toString(); }, PausedOrStoppedOnly, unit, "toString"));
     EXPECT_TRUE(raises([&] { s->getInfo(); }, PausedOrStoppedOnly, unit, "getInfo"));
     QuarrixTestAccess::setState(c.solver, QXState::Stopped);
