@@ -3,6 +3,7 @@
 #include "api/apierrors.h"
 #include "api/kernelexception.h"
 #include "api/quarrix.h"
+#include "api/qxerror.h"
 #include "builder/expressiontools.h"
 #include "builder/expressiontypetools.h"
 
@@ -17,6 +18,12 @@ QXModel::~QXModel() = default;
 void QXModel::checkCanCreate(const QXWhere& where) const {
     if (expressions.size() >= static_cast<size_t>(ApiErrors::MaxCount))
         ApiErrors::fail(where, ApiErrors::tooMany("expressions"));
+}
+
+// A code outside the catalogue can only come from a cast; every table is
+// indexed by the code, so it is stopped here.
+static void checkOperator(QXOperator op, const QXWhere& where) {
+    if (!isValidOperator(op)) ApiErrors::fail(where, QXERROR::IncorrectNodeType);
 }
 
 QXExpression* QXModel::newExpression(QXOperator op) {
@@ -47,6 +54,7 @@ QXExpression* QXModel::createConstant(int64_t value) {
 QXExpression* QXModel::createExpression(QXOperator op) {
     ApiErrors::checkModeling(solver, QX_HERE);
     checkCanCreate(QX_HERE);
+    checkOperator(op, QX_HERE);
     if (op == QXOperator::Const)
         ApiErrors::fail(QX_HERE, "This method cannot be called to create constants"
                                  " (use 'createConstant' method instead).");
@@ -73,6 +81,7 @@ QXExpression* QXModel::createExpression(QXOperator op, QXOperand e0, QXOperand e
 QXExpression* QXModel::createChecked(QXOperator op, const QXOperand* given, int count) {
     const QXWhere where{UNIT, __LINE__, "createExpression"};
     ApiErrors::checkModeling(solver, where);
+    checkOperator(op, where);
     const int32_t nbBefore = getNbExpressionsUnchecked();
     QXExpression* operands[3] = {};
     try {

@@ -21,6 +21,10 @@ TEST(QXModel, ConstantsAreShared) {
                        "This method cannot be called to create constants (use "
                        "'createConstant' method instead).",
                        Unit, "createExpression"));
+    EXPECT_TRUE(raises([&] { m->createExpression(static_cast<Op>(22)); },
+                       "Incorrect operator type.", Unit, "createExpression"));
+    EXPECT_TRUE(raises([&] { m->createExpression(static_cast<Op>(200), 1); },
+                       "Incorrect operator type."));
     EXPECT_EQ(m->getNbExpressions(), 2);
 }
 
