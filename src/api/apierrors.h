@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+class Quarrix;
+
+// Where an API error is raised: source unit, line and method name.
+struct QXWhere {
+    const char* fileName;
+    int lineNumber;
+    const char* functionName;
+};
+
+// Each API unit defines UNIT (its source unit name) and raises with QX_HERE,
+// so that the line and the method name are those of the raising call.
+#define QX_HERE (QXWhere{UNIT, __LINE__, __func__})
+
+// The state guards of the API and the message forms that several units share.
+// Every guard raises a QXException and changes nothing.
+class ApiErrors {
+public:
+    static constexpr int32_t MaxCount = 2147483647;
+    static constexpr int64_t MaxInt64 = INT64_MAX;
+    static constexpr int64_t MinInt64 = INT64_MIN;
+
+    // State guards, named by the states they accept.
+    static void checkNotRunning(const Quarrix* solver, const QXWhere& where);
+    static void checkModeling(const Quarrix* solver, const QXWhere& where);
+    static void checkPausedOrStopped(const Quarrix* solver, const QXWhere& where);
+    static void checkStopped(const Quarrix* solver, const QXWhere& where);
+    // Refuses while no search has ever been started.
+    static void checkStarted(const Quarrix* solver, const QXWhere& where);
+
+    // Refuses i outside 0..count-1 with the shared index message.
+    static void checkIndex(int64_t i, int64_t count, const std::string& thing,
+                           const QXWhere& where);
+
+    [[noreturn]] static void fail(const QXWhere& where, const std::string& explanation);
+
+    static std::string nullArgument(const std::string& name);
+    static std::string emptyArgument(const std::string& name);
+    static std::string foreignArgument(const std::string& text);
+    static std::string tooMany(const std::string& things);
+    static std::string notPositive(const std::string& name);
+    static std::string notStrictlyPositive(const std::string& name);
+    // "Number of operands (count) is too <bound> limit operands are expected
+    // for operator with type <operatorName>."; bound is "large: at most" or
+    // "small: at least".
+    static std::string operandCount(int64_t count, const char* bound, int64_t limit,
+                                    const std::string& operatorName);
+};

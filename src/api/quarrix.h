@@ -1,0 +1,93 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+class QXModel;
+class QXParam;
+class QXPhase;
+class QXSolution;
+class QXStatistics;
+
+enum class QXState : uint8_t { Modeling = 0, Running = 1, Paused = 2, Stopped = 3 };
+
+// The entry object of the API. It owns the model, the parameters, the
+// phases, the solution and the statistics, and keeps the solver state:
+// Modeling until the model is closed, then Stopped; a solve moves it through
+// Paused and Running and back to Stopped. Used on one thread only.
+class Quarrix {
+public:
+    using DisplayCallback = void (*)(void* data);
+
+    Quarrix();
+    virtual ~Quarrix();
+    Quarrix(const Quarrix&) = delete;
+    Quarrix& operator=(const Quarrix&) = delete;
+
+    QXState getState() const { return state; }
+    bool isStateModeling() const { return state == QXState::Modeling; }
+    bool isStateRunning() const { return state == QXState::Running; }
+    bool isStatePaused() const { return state == QXState::Paused; }
+    bool isStateStopped() const { return state == QXState::Stopped; }
+    // Whether a search has been started at least once.
+    bool isStarted() const;
+
+    QXModel* getModel() const;
+    QXParam* getParam() const;
+
+    QXPhase* createPhase();
+    QXPhase* getPhase(int i) const;
+    int getNbPhases() const;
+    QXSolution* getSolution() const;
+    // The statistics of the whole solve.
+    QXStatistics* getStatistics() const;
+    bool hasSolution() const { return solution != nullptr; }
+
+    // Runs the phases in order; only from state Stopped.
+    void solve();
+    // Asks the running solve to end after the current phase; for the display
+    // callback, which runs in state Paused. Does nothing in state Stopped.
+    void stop();
+
+    // The callback called at each display period of a solve, with its data.
+    // Initially the solver's own display with the solver as data; a null
+    // callback means no display.
+    void setDisplayCallback(DisplayCallback callback, void* data);
+    DisplayCallback getDisplayCallback() const { return callback; }
+    void* getDisplayCallbackData() const { return callbackData; }
+    // The default callback: data is the Quarrix; prints getInfo() when the
+    // verbosity is not 0.
+    static void display(void* data);
+
+    std::string toString() const;
+    // One progress line of the running solve.
+    std::string getInfo() const;
+    // Zeroes the global statistics and those of every phase.
+    void clearStats();
+
+private:
+    friend class QXModel;
+    friend class QXParam;
+    friend class QXStatistics;
+    friend class QXSolution;
+    // Lets the unit tests put the solver in the states that only a search
+    // reaches, to check the guards there.
+    friend class QuarrixTestAccess;
+
+    // Called by QXModel::close once the model is valid.
+    void closeModel();
+
+    QXState state = QXState::Modeling;
+    bool stopRequested = false;  // never cleared: a later solve stops early too
+    std::unique_ptr<QXModel> model;
+    std::unique_ptr<QXParam> param;
+    DisplayCallback callback;
+    void* callbackData;
+    // The thread environments and the parallelizer come with the local
+    // search; until then no search is ever started.
+    std::vector<std::unique_ptr<QXPhase>> phases;
+    std::unique_ptr<QXSolution> solution;  // made when the model is closed
+    std::unique_ptr<QXStatistics> statistics;
+};

@@ -1,0 +1,162 @@
+#include "api/qxexpression.h"
+
+#include "api/apierrors.h"
+#include "api/quarrix.h"
+#include "api/qxmodel.h"
+#include "api/qxsolution.h"
+#include "builder/expressiontools.h"
+#include "builder/expressiontypetools.h"
+
+namespace {
+const char* const UNIT = "src/api/qxexpression";
+}
+
+QXExpression::QXExpression(Key, QXModel* model_, QXOperator op_, int32_t index_)
+    : model(model_), index(index_), op(op_), decision(op_ == QXOperator::Bool),
+      objective(false), constraint(false) {}
+
+const Quarrix* QXExpression::solver() const { return model->solver; }
+
+QXOperator QXExpression::getOperator() const {
+    ApiErrors::checkNotRunning(solver(), QX_HERE);
+    return op;
+}
+
+int QXExpression::getIndex() const {
+    ApiErrors::checkNotRunning(solver(), QX_HERE);
+    return index;
+}
+
+QXModel* QXExpression::getModel() const {
+    ApiErrors::checkNotRunning(solver(), QX_HERE);
+    return model;
+}
+
+Quarrix* QXExpression::getQuarrix() const {
+    ApiErrors::checkNotRunning(solver(), QX_HERE);
+    return model->solver;
+}
+
+bool QXExpression::isDecision() const {
+    ApiErrors::checkNotRunning(solver(), QX_HERE);
+    return decision;
+}
+
+bool QXExpression::isConstraint() const {
+    ApiErrors::checkNotRunning(solver(), QX_HERE);
+    return constraint;
+}
+
+bool QXExpression::isObjective() const {
+    ApiErrors::checkNotRunning(solver(), QX_HERE);
+    return objective;
+}
+
+bool QXExpression::isConstant() const {
+    ApiErrors::checkNotRunning(solver(), QX_HERE);
+    return op == QXOperator::Const;
+}
+
+int QXExpression::getNbOperands() const {
+    ApiErrors::checkNotRunning(solver(), QX_HERE);
+    return static_cast<int>(operands.size());
+}
+
+QXExpression* QXExpression::getOperand(int i) const {
+    ApiErrors::checkNotRunning(solver(), QX_HERE);
+    ApiErrors::checkIndex(i, static_cast<int64_t>(operands.size()), "operands", QX_HERE);
+    return operands[i];
+}
+
+bool QXExpression::isNamed() const {
+    ApiErrors::checkNotRunning(solver(), QX_HERE);
+    return name != nullptr;
+}
+
+const std::string& QXExpression::getName() const {
+    ApiErrors::checkNotRunning(solver(), QX_HERE);
+    static const std::string unnamed;
+    return name ? *name : unnamed;
+}
+
+void QXExpression::setName(const std::string& newName) {
+    ApiErrors::checkModeling(solver(), QX_HERE);
+    if (newName.empty()) ApiErrors::fail(QX_HERE, ApiErrors::emptyArgument("name"));
+    auto& names = model->names;
+    if (names.count(newName))
+        ApiErrors::fail(QX_HERE, "An operator with name \"" + newName + "\" already exists.");
+    if (name) names.erase(*name);
+    name = &names.emplace(newName, this).first->first;
+}
+
+void QXExpression::checkOperand(const QXModel* model, QXOperator op, const QXExpression* operand,
+                                int position, const QXWhere& where) {
+    if (operand->model->solver != model->solver)
+        ApiErrors::fail(where, ApiErrors::foreignArgument(operand->toString()));
+    const int max = ExpressionTypeTools::getNbMaxOperands(op);
+    if (position + 1 > max)
+        ApiErrors::fail(where, ApiErrors::operandCount(position + 1, "large: at most", max,
+                                                       ExpressionTools::getName(op)));
+    if (!ExpressionTypeTools::isOperandValueTypeValid(op, operand, position))
+        ApiErrors::fail(where, operand->toString() + " is invalid: operand " +
+                                   std::to_string(position) + " of operator with type " +
+                                   ExpressionTools::getName(op) + " must have a boolean value.");
+}
+
+void QXExpression::addOperand(QXExpression* expr) {
+    ApiErrors::checkNotRunning(solver(), QX_HERE);
+    if (!expr) ApiErrors::fail(QX_HERE, ApiErrors::nullArgument("expr"));
+    ApiErrors::checkModeling(solver(), QX_HERE);
+    if (model->nbOperands == ApiErrors::MaxCount)
+        ApiErrors::fail(QX_HERE, "The total number of operands in the model cannot exceed " +
+                                     std::to_string(ApiErrors::MaxCount) + ".");
+    checkOperand(model, op, expr, static_cast<int>(operands.size()), QX_HERE);
+    operands.push_back(expr);
+    ++model->nbOperands;
+}
+
+void QXExpression::addOperand(int64_t constantValue) {
+    ApiErrors::checkModeling(solver(), QX_HERE);
+    // A constant made for an operand that is then refused is withdrawn, so
+    // that the refused call leaves the model as it was.
+    const int32_t nbBefore = model->getNbExpressionsUnchecked();
+    try {
+        addOperand(model->createConstant(constantValue));
+    } catch (...) {
+        model->removeConstantsFrom(nbBefore);
+        throw;
+    }
+}
+
+int64_t QXExpression::getValue() const {
+    ApiErrors::checkNotRunning(solver(), QX_HERE);
+    if (op == QXOperator::Const) return value;
+    ApiErrors::checkPausedOrStopped(solver(), QX_HERE);
+    return model->solver->getSolution()->getValue(this);
+}
+
+void QXExpression::setValue(int64_t newValue) {
+    ApiErrors::checkPausedOrStopped(solver(), QX_HERE);
+    model->solver->getSolution()->setValue(this, newValue);
+}
+
+std::string QXExpression::toString() const {
+    ApiErrors::checkNotRunning(solver(), QX_HERE);
+    std::string text = "Expression " + std::to_string(index) + " (type = " +
+                       ExpressionTools::getName(op);
+    if (name) text += ", name = " + *name;
+    return text + ")";
+}
+
+std::string QXExpression::getInfo() const {
+    ApiErrors::checkNotRunning(solver(), QX_HERE);
+    std::string text = toString() + "\n";
+    text += "  decision = " + std::to_string(decision) + ", constraint = " +
+            std::to_string(constraint) + ", objective = " + std::to_string(objective) + "\n";
+    if (op == QXOperator::Const || decision)
+        text += "  initial value = " + std::to_string(value) + "\n";
+    if (op == QXOperator::Const || (model->solver->hasSolution() &&
+                                    (solver()->isStatePaused() || solver()->isStateStopped())))
+        text += "  value = " + std::to_string(getValue()) + "\n";
+    return text;
+}

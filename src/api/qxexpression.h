@@ -1,0 +1,84 @@
+#pragma once
+
+#include "api/qxoperator.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+class QXModel;
+class Quarrix;
+struct QXWhere;
+
+// One node of a model's expression graph: a boolean decision, an integer
+// constant, or an operator over operands of the same model. Made only by
+// QXModel, which owns it; it lives as long as its model. Structure (operands,
+// name) changes only in state Modeling; afterwards only values change,
+// through the solution.
+class QXExpression {
+public:
+    // Only the model can make the key, so only the model makes expressions.
+    class Key {
+        Key() {}
+        friend class QXModel;
+    };
+    QXExpression(Key, QXModel* model, QXOperator op, int32_t index);
+    QXExpression(const QXExpression&) = delete;
+    QXExpression& operator=(const QXExpression&) = delete;
+
+    // Getters: refused in state Running.
+    QXOperator getOperator() const;
+    int getIndex() const;
+    QXModel* getModel() const;
+    Quarrix* getQuarrix() const;
+    bool isDecision() const;
+    bool isConstraint() const;
+    bool isObjective() const;
+    bool isConstant() const;
+    int getNbOperands() const;
+    QXExpression* getOperand(int i) const;
+    bool isNamed() const;
+    const std::string& getName() const;
+
+    // Structure: state Modeling only.
+    void setName(const std::string& name);
+    void addOperand(QXExpression* expr);
+    // Adds the model's constant of that value, made if needed.
+    void addOperand(int64_t value);
+    // Lets a literal such as 0 mean the integer, not the null pointer.
+    void addOperand(int value) { addOperand(static_cast<int64_t>(value)); }
+
+    // A constant answers in any state but Running; any other expression
+    // reads the current solution, in state Paused or Stopped.
+    int64_t getValue() const;
+    // Sets a decision's value in the current solution (Paused or Stopped).
+    void setValue(int64_t value);
+
+    std::string toString() const;
+    std::string getInfo() const;
+
+private:
+    friend class QXModel;
+    friend class QXSolution;
+    friend class QXParam;
+    friend class ExpressionTools;
+    friend class ExpressionTypeTools;
+
+    // Refuses the operand at position for this operator: foreign solver,
+    // too many operands, wrong kind. Shared by addOperand, the model's
+    // creation forms and its closing.
+    static void checkOperand(const QXModel* model, QXOperator op, const QXExpression* operand,
+                             int position, const QXWhere& where);
+    const Quarrix* solver() const;
+
+    QXModel* model;
+    // The key of the model's name map (map keys never move); null: unnamed.
+    const std::string* name = nullptr;
+    std::vector<QXExpression*> operands; // owned by the model
+    int64_t value = 0;                   // a constant's value, a decision's initial value
+    int32_t index;                       // position in the model's expression list
+    QXOperator op;
+    bool decision : 1;
+    bool objective : 1;
+    bool constraint : 1;
+};
