@@ -1,0 +1,104 @@
+#pragma once
+
+#include "modeler/section.h"
+#include "modeler/value.h"
+#include "modeler/variableset.h"
+
+#include <string>
+#include <vector>
+
+class MNode;
+class Program;
+class Quarrix;
+
+// The state of one execution of a program: global and local storage, call
+// frames, the scope stack used to resolve names, the return signal, the
+// current section and the statement being executed.
+class Context {
+public:
+    Context(Program* program, Quarrix* solver);
+    ~Context();
+    Context(const Context&) = delete;
+    Context& operator=(const Context&) = delete;
+
+    Program* getProgram() const { return program; }
+    Quarrix* getSolver() const { return solver; }
+
+    // ---- variables: a slot never written reads as nil
+    Value getValue(Variable* v) const {
+        const std::vector<Value>& store = v->isGlobal() ? globals : locals;
+        size_t i = v->isGlobal() ? v->getSlot() : base + v->getSlot();
+        return i < store.size() ? store[i] : Value();
+    }
+    void setValue(Variable* v, Value value) { slot(v) = std::move(value); }
+    // The storage of v, grown as needed (autoResize).
+    Value& slot(Variable* v) {
+        std::vector<Value>& store = v->isGlobal() ? globals : locals;
+        size_t i = v->isGlobal() ? v->getSlot() : base + v->getSlot();
+        if (i >= store.size()) store.resize(i + 1);
+        return store[i];
+    }
+    bool isGlobalVariable(Variable* v) const { return v->isGlobal(); }
+
+    // ---- call frames
+    // Opens a frame above everything in use; returns the previous base.
+    size_t pushLocalRegisters() {
+        size_t old = base;
+        base = locals.size();
+        return old;
+    }
+    void popLocalRegisters(size_t oldBase) {
+        locals.resize(base);
+        base = oldBase;
+    }
+    // Depth and stack checks around every user call; see context.cpp.
+    void enterCall(const std::string& functionName);
+    void leaveCall() { --callDepth; }
+    int getCallDepth() const { return callDepth; }
+
+    // ---- scopes
+    void pushVariableSet(VariableSet* s) { scopes.push_back(s); }
+    void popVariableSet() { scopes.pop_back(); }
+    VariableSet* getCurrentVariableSet() const { return scopes.back(); }
+    size_t getScopeDepth() const { return scopes.size(); }
+    // Drops the scopes an interrupted (failed) execution left pushed.
+    void restoreScopeDepth(size_t depth) { scopes.resize(depth); }
+
+    // ---- return signal
+    bool isReturning() const { return returning; }
+    void setReturn(Value v) {
+        returnValue = std::move(v);
+        returning = true;
+    }
+    // The returned value (nil when no return ran); clears the signal.
+    Value takeReturnValue() {
+        returning = false;
+        Value r = std::move(returnValue);
+        returnValue = Value();
+        return r;
+    }
+
+    // ---- section and instruction pointer
+    Section getCurrentSection() const { return section; }
+    void setCurrentSection(Section s) { section = s; }
+    MNode* getInstructionPointer() const { return instructionPointer; }
+    void setInstructionPointer(MNode* node) { instructionPointer = node; }
+
+    // Nested user calls allowed at most; the stack may stop a run earlier.
+    static const int kMaxCallDepth = 10000;
+
+private:
+    Program* program;
+    Quarrix* solver;
+    std::vector<Value> globals;
+    std::vector<Value> locals;
+    size_t base;
+    std::vector<VariableSet*> scopes;
+    bool returning;
+    Value returnValue;
+    Section section;
+    MNode* instructionPointer;
+    int callDepth;
+    const char* stackBase;
+    size_t stackBudget;
+};

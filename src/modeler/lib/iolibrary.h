@@ -1,0 +1,8 @@
+#pragma once
+
+class Program;
+
+class IOLibrary {
+public:
+    static void addFunctions(Program* program);
+};

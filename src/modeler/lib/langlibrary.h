@@ -1,0 +1,8 @@
+#pragma once
+
+class Program;
+
+class LangLibrary {
+public:
+    static void addFunctions(Program* program);
+};

@@ -1,0 +1,8 @@
+#pragma once
+
+class Program;
+
+class StringLibrary {
+public:
+    static void addFunctions(Program* program);
+};

@@ -1,0 +1,190 @@
+#include "api/qxexception.h"
+#include "modeler/context.h"
+#include "modeler/mnode.h"
+#include "modeler/program.h"
+#include "modeler/value/vmap.h"
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <sstream>
+#include <string>
+
+namespace {
+
+// Parses text and runs one of its functions; collects what it prints.
+class ProgramRun {
+public:
+    explicit ProgramRun(const std::string& text) : context(&program, nullptr) {
+        program.parseText(text, "test.qxm");
+    }
+    std::string call(const std::string& name, std::vector<Value> args = {}) {
+        std::ostringstream out;
+        std::streambuf* old = std::cout.rdbuf(out.rdbuf());
+        try {
+            result = program.getFunction(name)->call(&context, args);
+        } catch (...) {
+            std::cout.rdbuf(old);
+            throw;
+        }
+        std::cout.rdbuf(old);
+        return out.str();
+    }
+    Value global(const std::string& name) {
+        return context.getValue(program.getGlobalVariables()->getVariable(name));
+    }
+    Program program;
+    Context context;
+    Value result;
+};
+
+std::string parseError(const std::string& text) {
+    Program program;
+    try {
+        program.parseText(text, "bad.qxm");
+    } catch (const QXException& e) {
+        return e.getExplanation();
+    }
+    return "no error";
+}
+
+}  // namespace
+
+TEST(Parser, EmptyProgramsAndComments) {
+    EXPECT_EQ(parseError(""), "no error");
+    EXPECT_EQ(parseError("// x\n/* y\n z */\n"), "no error");
+}
+
+TEST(Parser, SyntaxErrorsNameTokensAndLines) {
+    EXPECT_EQ(parseError("function f() {\n x = 1 2;\n}"),
+              "At line 2 : syntax error, unexpected \"integer\"");
+    EXPECT_EQ(parseError("function f() { return 1 }"),
+              "At line 1 : syntax error, unexpected '}'");
+    EXPECT_EQ(parseError("function f( { }"),
+              "At line 1 : syntax error, unexpected '{', expecting \"variable or function name\" "
+              "or ')'");
+    EXPECT_EQ(parseError("function"),
+              "At line 1 : syntax error, unexpected \"end-of-file\", expecting \"variable or "
+              "function name\"");
+    EXPECT_EQ(parseError("x = 1;"),
+              "At line 1 : syntax error, unexpected \"variable or function name\", expecting "
+              "\"end-of-file\"");
+}
+
+TEST(Parser, LexicalErrors) {
+    EXPECT_EQ(parseError("function f() {\n\n x = $; }"), "At line 3 : Illegal character");
+    EXPECT_EQ(parseError("function f() { const = 1; }"),
+              "At line 1 : 'const' is a keyword reserved for future use.");
+    EXPECT_EQ(parseError("function f() { x = \"\\q\"; }"),
+              "At line 1 : illegal character in quoted string");
+    EXPECT_EQ(parseError("function f() { x = \"ab\n\ncd"),
+              "At line 3 : unclosed string but end of file reached");
+    EXPECT_EQ(parseError("function f() { }\n/* never\nclosed"),
+              "At line 2 : unclosed comment but end of file reached");
+    EXPECT_EQ(parseError(std::string("function f() { x = 1\0; }", 24)),
+              "At line 1 : Illegal character");
+}
+
+TEST(Parser, KeywordPrefixesAreIdentifiers) {
+    ProgramRun r("function f() { format = 1; ifx = 2; If = 3; variable = format + ifx + If; }");
+    r.call("f");
+    EXPECT_EQ(r.global("variable").asInt(), 6);
+}
+
+TEST(Parser, DeepNestingIsRefusedNotOverflowed) {
+    std::string sum = "function f() { x = 1";
+    for (int i = 0; i < 5000; ++i) sum += " + 1";
+    EXPECT_NE(parseError(sum + "; }").find("nested too deeply"), std::string::npos);
+    std::string parens = "function f() { x = " + std::string(20000, '(') + "1" +
+                         std::string(20000, ')') + "; }";
+    EXPECT_EQ(parseError(parens), "At line 1 : memory exhausted");
+    std::string ifs = "function f() { ";
+    for (int i = 0; i < 3000; ++i) ifs += "if (1) ";
+    EXPECT_EQ(parseError(ifs + "x = 1; }"), "At line 1 : memory exhausted");
+    std::string ifs2 = "function f() { ";
+    for (int i = 0; i < 1200; ++i) ifs2 += "if (1) ";
+    EXPECT_NE(parseError(ifs2 + "x = 1; }").find("nested too deeply"), std::string::npos);
+}
+
+TEST(Parser, NodesCarryFileAndLine) {
+    ProgramRun r("function f() {\n\n  x = 1 / 0;\n}");
+    try {
+        r.call("f");
+        FAIL();
+    } catch (const QXException& e) {
+        EXPECT_EQ(e.getExplanation(), "Division by zero.");
+        ASSERT_NE(r.context.getInstructionPointer(), nullptr);
+        EXPECT_EQ(r.context.getInstructionPointer()->getLine(), 3);
+        EXPECT_EQ(r.context.getInstructionPointer()->getFileName(), "test.qxm");
+    }
+}
+
+TEST(Interpreter, RecursionKeepsSeparateFramesAndIsBounded) {
+    ProgramRun r("function fib(n) { if (n < 2) return n; local a = fib(n - 1); return a + fib(n - 2); }\n"
+          "function down(n) { return down(n + 1); }");
+    r.call("fib", {Value(20)});
+    EXPECT_EQ(r.result.asInt(), 6765);
+    try {
+        r.call("down", {Value(0)});
+        FAIL();
+    } catch (const QXException& e) {
+        EXPECT_EQ(e.getExplanation(), "Function 'down': too many nested calls (recursion too deep).");
+    }
+    // The context stays usable after the failure.
+    r.call("fib", {Value(10)});
+    EXPECT_EQ(r.result.asInt(), 55);
+}
+
+TEST(Interpreter, ScopesLocalsAndGlobals) {
+    ProgramRun r("function f(m) { g = 5; local l = 7; m[\"k\"] = l; i = 100; for [i in 0..2] {} }\n"
+          "function h() { local t; t[1] = 2; return t; }");
+    VMap* m = new VMap();
+    Value map(m);
+    r.call("f", {map});
+    EXPECT_EQ(r.global("g").asInt(), 5);
+    EXPECT_FALSE(r.program.getGlobalVariables()->isVariableDefined("l"));
+    EXPECT_EQ(m->get(std::string("k")).asInt(), 7);
+    EXPECT_EQ(r.global("i").asInt(), 100);
+    r.call("h");
+    EXPECT_EQ(r.result.toString(), "[  1 => 2 ]");
+    EXPECT_FALSE(r.program.getGlobalVariables()->isVariableDefined("t"));
+}
+
+TEST(Interpreter, ReturnLeavesEveryLoopLevel) {
+    ProgramRun r("function f() { for [i in 0..9][j in 0..9] { if (i * j == 12) return i * 100 + j; } }");
+    r.call("f");
+    EXPECT_EQ(r.result.asInt(), 206);
+}
+
+TEST(Interpreter, IndexedAssignmentEvaluatesOncePerCombination) {
+    ProgramRun r("function next() { n = n + 1; return n; }\n"
+          "function g() { n = 0; x[i in 0..9] = next(); y[k, v in {5, 6}][1] = v; }");
+    r.call("g");
+    EXPECT_EQ(r.global("n").asInt(), 10);
+    EXPECT_EQ(r.global("y").toString(), "[  0 => [  1 => 5 ]  1 => [  1 => 6 ] ]");
+}
+
+TEST(Interpreter, ShortCircuitAndLazyTernary) {
+    ProgramRun r("function boom() { error(\"called\"); }\n"
+          "function f() { a = false && boom(); b = true || boom(); c = 1 ? 2 : boom(); }");
+    r.call("f");
+    EXPECT_EQ(r.global("a").asInt(), 0);
+    EXPECT_EQ(r.global("b").asInt(), 1);
+    EXPECT_EQ(r.global("c").asInt(), 2);
+}
+
+TEST(Interpreter, UndefinedFunctionAndVariableLookups) {
+    ProgramRun r("function f() { nope(); }");
+    try {
+        r.call("f");
+        FAIL();
+    } catch (const QXException& e) {
+        EXPECT_EQ(e.getExplanation(), "Function 'nope' undefined.");
+    }
+    try {
+        r.program.getGlobalVariables()->getVariable("zz");
+        FAIL();
+    } catch (const QXException& e) {
+        EXPECT_EQ(e.getExplanation(), "Variable 'zz' undefined.");
+    }
+}
