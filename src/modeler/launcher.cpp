@@ -1,0 +1,240 @@
+#include "modeler/launcher.h"
+
+#include <cstdlib>
+#include <exception>
+#include <iostream>
+
+#include "api/kernelexception.h"
+#include "api/qxmodel.h"
+#include "api/qxparam.h"
+#include "api/qxphase.h"
+#include "api/quarrix.h"
+#include "modeler/context.h"
+#include "modeler/mnode.h"
+#include "modeler/paramparser.h"
+#include "modeler/program.h"
+#include "modeler/value.h"
+#include "modeler/value/vmap.h"
+#include "modeler/value/vmapiterator.h"
+#include "modeler/variableset.h"
+
+namespace {
+
+const char* const kSourceUnit = "src/modeler/launcher";
+
+constexpr int64_t kNoTimeLimit = 2147483647;
+constexpr int64_t kNoIterationLimit = INT64_MAX;
+
+}  // namespace
+
+Launcher::Launcher(int argc, char** argv) {
+    if (argc < 2) printUsage();
+    args.assign(argv, argv + argc);
+}
+
+Launcher::Launcher(std::vector<std::string> args_) : args(std::move(args_)) {}
+
+Launcher::~Launcher() = default;
+
+void Launcher::printUsage() {
+    std::cout << "Usage: quarrix file.qxm [global variables]" << std::endl << std::endl;
+    std::exit(0);
+}
+
+int Launcher::run() {
+    try {
+        solver = std::make_unique<Quarrix>();
+        program = std::make_unique<Program>();
+        context = std::make_unique<Context>(program.get(), solver.get());
+
+        program->parse(args.at(1));
+        for (size_t i = 2; i < args.size(); ++i) ParamParser::addParam(context.get(), args[i]);
+
+        runSection(Section::input);
+        runSection(Section::model);
+        solver->getModel()->close();
+        runSection(Section::param);
+        runSolver();
+        runSection(Section::output);
+        return 0;
+    } catch (const QXException& e) {
+        showErrorMessage(context.get(), e.getExplanation());
+    } catch (const std::exception& e) {
+        showErrorMessage(e.what());
+    }
+    return 1;
+}
+
+void Launcher::runSection(Section section) {
+    const std::string& name = getSectionName(section);
+    if (!program->isFunctionDefined(name)) return;
+    if (getSolverIntegerParameter("qxVerbosity", 1) > 0) std::cout << "Run " << name << "..." << std::endl;
+    context->setCurrentSection(section);
+    std::vector<Value> noArguments;
+    program->getFunction(name)->call(context.get(), noArguments);
+}
+
+void Launcher::runSolver() {
+    // Read everything first, so a badly typed value stops before any setting.
+    int64_t seed = getSolverIntegerParameter("qxSeed", 0);
+    int64_t nbThreads = getSolverIntegerParameter("qxNbThreads", 2);
+    int64_t annealingLevel = getSolverIntegerParameter("qxAnnealingLevel", 1);
+    int64_t verbosity = getSolverIntegerParameter("qxVerbosity", 1);
+    int64_t timeBetweenDisplays = getSolverIntegerParameter("qxTimeBetweenDisplays", 1);
+
+    // The setters take 32-bit values: the low 32 bits pass unchanged, and the
+    // setters do the range checks.
+    QXParam* param = solver->getParam();
+    param->setSeed(static_cast<int>(seed));
+    param->setNbThreads(static_cast<int>(nbThreads));
+    param->setAnnealingLevel(static_cast<int>(annealingLevel));
+    param->setVerbosity(static_cast<int>(verbosity));
+    param->setTimeBetweenDisplays(static_cast<int>(timeBetweenDisplays));
+
+    setAdvancedParams();
+    createPhases();
+
+    // Whatever the interpreter runs during the solve runs as the display section.
+    context->setCurrentSection(Section::display);
+    if (verbosity > 0) std::cout << "Run solver..." << std::endl;
+    solver->setDisplayCallback(&Launcher::display, this);
+    solver->solve();
+}
+
+// A global that is defined and not void, or nullptr.
+static const Value* presentGlobal(Program* program, Context* context, const std::string& name,
+                                  Value& holder) {
+    VariableSet* globals = program->getGlobalVariables();
+    if (!globals->isVariableDefined(name)) return nullptr;
+    holder = context->getValue(globals->getVariable(name));
+    return holder.isVoid() ? nullptr : &holder;
+}
+
+int64_t Launcher::getSolverIntegerParameter(const std::string& name, int64_t defaultValue) {
+    Value holder;
+    const Value* value = presentGlobal(program.get(), context.get(), name, holder);
+    if (!value) return defaultValue;
+    if (!value->isInt())
+        throw KernelException(kSourceUnit, 150, "getSolverIntegerParameter",
+                              "'" + name + "' parameter must be an integer. Type provided: " +
+                                  value->getType()->getName());
+    return value->asInt();
+}
+
+bool Launcher::getSolverBooleanParameter(const std::string& name, bool defaultValue) {
+    Value holder;
+    const Value* value = presentGlobal(program.get(), context.get(), name, holder);
+    if (!value) return defaultValue;
+    if (!value->isBool())
+        throw KernelException(kSourceUnit, 123, "getSolverBooleanParameter",
+                              "'" + name + "' parameter must be a boolean. Type provided: " +
+                                  value->getType()->getName());
+    return value->castToBool();
+}
+
+bool Launcher::isIntegerParameter(const std::string& name) {
+    VariableSet* globals = program->getGlobalVariables();
+    return globals->isVariableDefined(name) && context->getValue(globals->getVariable(name)).isInt();
+}
+
+bool Launcher::isMapParameter(const std::string& name) {
+    VariableSet* globals = program->getGlobalVariables();
+    return globals->isVariableDefined(name) &&
+           context->getValue(globals->getVariable(name)).getType() == RefTypes::T_MAP;
+}
+
+void Launcher::setAdvancedParams() {
+    Value holder;
+    const Value* value = presentGlobal(program.get(), context.get(), "qxAdvancedParams", holder);
+    if (!value || value->getType() != RefTypes::T_MAP) return;
+    VMapIterator it(static_cast<VMap*>(value->getReference()));
+    while (it.next()) {
+        const Value& key = it.getKey();
+        const Value& entry = it.getValue();
+        if (key.isString() && entry.isInt())
+            solver->getParam()->setAdvancedParam(key.asString(), static_cast<int>(entry.asInt()));
+    }
+}
+
+void Launcher::extractMapParameter(const std::string& name, std::vector<int64_t>& values) {
+    const int n = solver->getModel()->getNbObjectives();
+    values.assign(n, 0);
+    Value holder;
+    const Value* value = presentGlobal(program.get(), context.get(), name, holder);
+    if (!value) return;
+    value->checkType(RefTypes::T_MAP);
+    VMapIterator it(static_cast<VMap*>(value->getReference()));
+    while (it.next()) {
+        const Value& key = it.getKey();
+        const Value& entry = it.getValue();
+        if (!key.isInt() || !entry.isInt())
+            throw KernelException(kSourceUnit, 185, "extractMapParameter",
+                                  "Keys and values of map '" + name + "' must be integers.");
+        int64_t k = key.asInt();
+        if (k < 0 || k >= n)
+            throw KernelException(kSourceUnit, 190, "extractMapParameter",
+                                  std::to_string(k) +
+                                      " is not a valid objective index. Only indices from 0 to " +
+                                      std::to_string(n - 1) + " are allowed.");
+        values[k] = entry.asInt();
+    }
+}
+
+void Launcher::createPhases() {
+    if (!isMapParameter("qxTimeLimit") && !isMapParameter("qxIterationLimit")) {
+        int64_t timeLimit = getSolverIntegerParameter("qxTimeLimit", kNoTimeLimit);
+        int64_t iterationLimit = getSolverIntegerParameter("qxIterationLimit", kNoIterationLimit);
+        QXPhase* phase = solver->createPhase();
+        phase->setTimeLimit(static_cast<int>(timeLimit));
+        phase->setIterationLimit(iterationLimit);
+        return;
+    }
+    if (isIntegerParameter("qxTimeLimit") || isIntegerParameter("qxIterationLimit"))
+        throw KernelException(kSourceUnit, 249, "createPhases",
+                              "qxTimeLimit and qxIterationLimit must be maps or integers.");
+    std::vector<int64_t> timeLimits, iterationLimits;
+    extractMapParameter("qxTimeLimit", timeLimits);
+    extractMapParameter("qxIterationLimit", iterationLimits);
+    const int n = solver->getModel()->getNbObjectives();
+    for (int k = 0; k < n; ++k) {
+        if (timeLimits[k] == 0 && iterationLimits[k] == 0) continue;
+        QXPhase* phase = solver->createPhase();
+        if (timeLimits[k] > 0) phase->setTimeLimit(static_cast<int>(timeLimits[k]));
+        if (iterationLimits[k] > 0) phase->setIterationLimit(iterationLimits[k]);
+        phase->setOptimizedObjective(k);
+    }
+}
+
+void Launcher::display(void* data) {
+    Launcher* launcher = static_cast<Launcher*>(data);
+    Program* program = launcher->program.get();
+    Quarrix* solver = launcher->solver.get();
+    Function* userDisplay = program->isFunctionDefined("display") ? program->getFunction("display") : nullptr;
+    const bool verbose = solver->getParam()->getVerbosity() != 0;
+    if (verbose) {
+        // The information line ends with a newline; drop it so that what the
+        // user's display section prints continues the line.
+        std::string info = solver->getInfo();
+        if (!info.empty() && info.back() == '\n') info.pop_back();
+        std::cout << info;
+    }
+    if (userDisplay) {
+        std::vector<Value> noArguments;
+        userDisplay->call(launcher->context.get(), noArguments);
+    }
+    if (verbose) std::cout << std::endl;
+    std::cout.flush();
+}
+
+void Launcher::showErrorMessage(const std::string& message) {
+    std::cout.flush();
+    std::cerr << "Error: " << message << std::endl << std::endl;
+}
+
+void Launcher::showErrorMessage(Context* context, const std::string& message) {
+    const MNode* node = context ? context->getInstructionPointer() : nullptr;
+    if (!node) return showErrorMessage(message);
+    std::cout.flush();
+    std::cerr << "Error [ file: " << node->getFileName() << " / line: " << node->getLine()
+              << " ]: " << message << std::endl << std::endl;
+}
