@@ -1,5 +1,6 @@
 #include "modeler/context.h"
 
+#include "api/quarrix.h"
 #include "modeler/modelerexception.h"
 #include "modeler/program.h"
 #include "modeler/value/vmap.h"
@@ -49,3 +50,5 @@ void Context::enterCall(const std::string& functionName) {
                                __LINE__, "src/modeler/context", "enterCall");
     ++callDepth;
 }
+
+QXModel* Context::getModel() const { return solver->getModel(); }

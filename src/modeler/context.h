@@ -9,6 +9,7 @@
 
 class MNode;
 class Program;
+class QXModel;
 class Quarrix;
 
 // The state of one execution of a program: global and local storage, call
@@ -23,6 +24,8 @@ public:
 
     Program* getProgram() const { return program; }
     Quarrix* getSolver() const { return solver; }
+    // The solver's model, where the language's expressions are built.
+    QXModel* getModel() const;
 
     // ---- variables: a slot never written reads as nil
     Value getValue(Variable* v) const {

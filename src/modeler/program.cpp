@@ -5,8 +5,10 @@
 #include "modeler/lib/stringlibrary.h"
 #include "modeler/mnode.h"
 #include "modeler/modelerexception.h"
+#include "modeler/operatorfunction.h"
 #include "modeler/parsestate.h"
 #include "modeler/parser.tab.h"
+#include "modeler/solverlibrary.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -26,6 +28,8 @@ Program::Program() {
     LangLibrary::addFunctions(this);
     IOLibrary::addFunctions(this);
     StringLibrary::addFunctions(this);
+    OperatorLibrary::addFunctions(this);
+    SolverLibrary::addFunctions(this);
 }
 
 Program::~Program() = default;

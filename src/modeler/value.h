@@ -37,8 +37,7 @@ private:
     const Type* type;
 };
 
-// The kinds of value. The expression kind (Node) gets its type with the
-// model bridge.
+// The kinds of value.
 enum class Kind : uint8_t { Void, Int, String, Map, File, Node };
 
 // One shared instance per kind decides what every operator means. A binary
@@ -94,6 +93,7 @@ struct RefTypes {
     static const Type* const T_STRING;
     static const Type* const T_MAP;
     static const Type* const T_FILE;
+    static const Type* const T_NODE;  // defined with TNode
 };
 
 // The tagged cell of the language: 16 bytes, integers inline, heap kinds by
