@@ -128,7 +128,7 @@ TEST(Interpreter, RecursionKeepsSeparateFramesAndIsBounded) {
         r.call("down", {Value(0)});
         FAIL();
     } catch (const QXException& e) {
-        EXPECT_EQ(e.getExplanation(), "Function 'down': too many nested calls (recursion too deep).");
+        EXPECT_EQ(e.getExplanation(), "Function 'down': more than 10000 nested calls (recursion too deep).");
     }
     // The context stays usable after the failure.
     r.call("fib", {Value(10)});
