@@ -86,3 +86,11 @@ TEST(ParamParser, TypesEachWordAndCreatesGlobals) {
     EXPECT_TRUE(ParamParser::isIdent("_a1"));
     EXPECT_FALSE(ParamParser::isSimpleValue("a:b"));
 }
+
+TEST(Section, NamesFollowTheBitPosition) {
+    EXPECT_EQ(getSectionName(Section::input), "input");
+    EXPECT_EQ(getSectionName(Section::model), "model");
+    EXPECT_EQ(getSectionName(Section::param), "param");
+    EXPECT_EQ(getSectionName(Section::display), "display");
+    EXPECT_EQ(getSectionName(Section::output), "output");
+}
