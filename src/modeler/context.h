@@ -4,6 +4,7 @@
 #include "modeler/value.h"
 #include "modeler/variableset.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,9 @@ public:
     }
     // Depth and stack checks around every user call; see context.cpp.
     void enterCall(const std::string& functionName);
+    // Runs work (an outermost user call) on a thread of its own with a large
+    // stack, waiting for it; its error, if any, is raised here.
+    static void runOnInterpreterStack(const std::function<void()>& work);
     void leaveCall() { --callDepth; }
     int getCallDepth() const { return callDepth; }
 
@@ -87,8 +91,11 @@ public:
     MNode* getInstructionPointer() const { return instructionPointer; }
     void setInstructionPointer(MNode* node) { instructionPointer = node; }
 
-    // Nested user calls allowed at most; the stack may stop a run earlier.
+    // Nested user calls allowed at most.
     static const int kMaxCallDepth = 10000;
+    // Stack of the interpreter's thread: room for kMaxCallDepth calls even in
+    // instrumented builds. Only the pages used are ever committed.
+    static const size_t kInterpreterStackSize = size_t(256) << 20;
 
 private:
     Program* program;
@@ -103,5 +110,4 @@ private:
     MNode* instructionPointer;
     int callDepth;
     const char* stackBase;
-    size_t stackBudget;
 };

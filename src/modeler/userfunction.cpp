@@ -15,6 +15,15 @@ Value UserFunction::call(Context* context, std::vector<Value>& args) {
         throw ModelerException("Function '" + getName() + "' is defined to take " +
                                    std::to_string(parameters.size()) + " argument(s).",
                                __LINE__, "src/modeler/userfunction", "call");
+    if (context->getCallDepth() == 0) {
+        Value result;
+        Context::runOnInterpreterStack([&] { result = callHere(context, args); });
+        return result;
+    }
+    return callHere(context, args);
+}
+
+Value UserFunction::callHere(Context* context, std::vector<Value>& args) {
     context->enterCall(getName());
     MNode* caller = context->getInstructionPointer();
     size_t oldBase = context->pushLocalRegisters();

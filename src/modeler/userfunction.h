@@ -18,6 +18,7 @@ public:
     const std::vector<std::string>& getParameters() const { return parameters; }
 
 private:
+    Value callHere(Context* context, std::vector<Value>& args);
     std::vector<std::string> parameters;
     std::vector<Variable*> parameterVariables;
     MBlock* body;

@@ -128,7 +128,7 @@ TEST(Interpreter, RecursionKeepsSeparateFramesAndIsBounded) {
         r.call("down", {Value(0)});
         FAIL();
     } catch (const QXException& e) {
-        EXPECT_EQ(e.getExplanation(), "Function 'down': too many nested calls (recursion too deep).");
+        EXPECT_EQ(e.getExplanation(), "Function 'down': more than 10000 nested calls (recursion too deep).");
     }
     // The context stays usable after the failure.
     r.call("fib", {Value(10)});
@@ -187,4 +187,25 @@ TEST(Interpreter, UndefinedFunctionAndVariableLookups) {
     } catch (const QXException& e) {
         EXPECT_EQ(e.getExplanation(), "Variable 'zz' undefined.");
     }
+}
+
+TEST(Parser, EveryReservedWordIsRefused) {
+    for (const char* word : {"const", "self", "this", "var", "break", "case", "continue", "goto",
+                             "switch", "catch", "class", "final", "object", "throw"}) {
+        EXPECT_EQ(parseError(std::string("function f() { ") + word + " = 1; }"),
+                  std::string("At line 1 : '") + word + "' is a keyword reserved for future use.");
+    }
+}
+
+TEST(Parser, KeywordsAndOperatorsHaveDisplayNames) {
+    const char* cases[][2] = {
+        {"while", "\"while keyword\""},   {"minimize", "\"minimize keyword\""},
+        {"in", "\"in keyword\""},         {"local", "\"local keyword\""},
+        {"&& 1", "\"&& operator\""},      {"<- 1", "\"<- operator\""},
+        {".. 1", "\".. operator\""},      {">= 1", "\">= operator\""},
+        {"* 1", "'*'"},                   {"] 1", "']'"},
+    };
+    for (auto& c : cases)
+        EXPECT_EQ(parseError(std::string("function f() { x = ") + c[0] + "; }"),
+                  std::string("At line 1 : syntax error, unexpected ") + c[1]);
 }

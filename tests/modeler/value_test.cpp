@@ -117,6 +117,7 @@ TEST(VMap, DenseSlotsTreesAndAppend) {
     EXPECT_EQ(m->get(11).asInt(), 2);
     m->set(Value("2"), Value(3));
     m->set(-5, Value(4));
+    EXPECT_EQ(m->nextIntKey(), 12);
     m->set(100, Value(5));
     EXPECT_EQ(m->size(), 8u);
     EXPECT_EQ(walk(m), "-5=4 0=10 1=11 2=12 10=1 11=2 100=5 2=3 ");
@@ -205,4 +206,14 @@ TEST(Reference, LongChainsAreReleasedWithoutDeepRecursion) {
     current = Value();
     head = Value();  // would overflow the stack if each level recursed
     SUCCEED();
+}
+
+TEST(VMap, AppendAfterNegativeKeysOnly) {
+    VMap* m = new VMap();
+    Value hold(m);
+    m->set(-3, Value(1));
+    m->add(Value(2));
+    EXPECT_EQ(walk(m), "-3=1 -2=2 ");
+    m->set(std::string("s"), Value(3));
+    EXPECT_EQ(m->get(std::string("s")).asInt(), 3);
 }

@@ -1,5 +1,6 @@
 #include "modeler/value/vmap.h"
 
+#include "modeler/value/tint.h"
 #include "modeler/value/vmapiterator.h"
 
 namespace {
@@ -116,10 +117,12 @@ void VMap::unset(const Value& key) {
 }
 
 qxint VMap::nextIntKey() const {
-    if (!intKeys.empty() && intKeys.rbegin()->first >= 0) return intKeys.rbegin()->first + 1;
+    // Positive tree keys all lie beyond the dense slots.
+    if (!intKeys.empty() && intKeys.rbegin()->first >= 0)
+        return TInt::wrapAdd(intKeys.rbegin()->first, 1);
     for (size_t i = indexed.size(); i-- > 0;)
         if (!indexed[i].isVoid()) return (qxint)i + 1;
-    if (!intKeys.empty()) return 0;  // only negative keys
+    if (!intKeys.empty()) return intKeys.rbegin()->first + 1;  // only negative keys
     return 0;
 }
 
