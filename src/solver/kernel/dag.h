@@ -1,0 +1,60 @@
+#pragma once
+
+#include "solver/kernel/dagfixedfields.h"
+#include "solver/kernel/node.h"
+#include "solver/kernel/objectsallocator.h"
+#include "solver/kernel/propagation.h"
+
+#include <memory>
+#include <ostream>
+#include <vector>
+
+// One search thread's graph: the changing part over shared fixed fields.
+// Values are flat arrays by node number: `current` is the committed state,
+// `new` the state a move is evaluating. Not thread-safe; one Dag per thread.
+class Dag {
+public:
+    explicit Dag(const DagFixedFields& fixedFields);
+    ~Dag();
+    Dag(const Dag&) = delete;
+    Dag& operator=(const Dag&) = delete;
+
+    // Computes every node's value from the variables' current values (set
+    // beforehand, 0 by default) and sets up the propagation. Once only.
+    void init();
+    bool isInit() const { return initialized; }
+    void callNodesInit();
+    // Throws KernelException on the first node that is not consistent.
+    void check() const;
+    void printStats(std::ostream* out) const;
+
+    const DagFixedFields& getFixedFields() const { return fixed; }
+    Propagation& getPropagation() { return propagation; }
+    const Propagation& getPropagation() const { return propagation; }
+    Node* getNode(unsigned int node) const { return nodes[node]; }
+
+    long long currentValue(unsigned int node) const { return currentValues[node]; }
+    long long newValue(unsigned int node) const { return newValues[node]; }
+    const long long* currentValuesData() const { return currentValues.data(); }
+    const long long* newValuesData() const { return newValues.data(); }
+    void setCurrentValue(unsigned int node, long long value) { currentValues[node] = value; }
+    void setNewValue(unsigned int node, long long value) { newValues[node] = value; }
+
+    // The per-node flag of nodes scheduled in the current move.
+    bool isModified(unsigned int node) const { return modifiedFlags[node] != 0; }
+    void setModified(unsigned int node) { modifiedFlags[node] = 1; }
+    void clearModified(unsigned int node) { modifiedFlags[node] = 0; }
+
+private:
+    void mallocNodes();
+
+    const DagFixedFields& fixed;
+    Propagation propagation;
+    std::vector<Node*> nodes;
+    std::vector<long long> currentValues;
+    std::vector<long long> newValues;
+    std::vector<unsigned char> modifiedFlags;
+    ObjectsAllocatorPool<Node> statelessNodes;
+    std::vector<std::unique_ptr<Node>> statefulNodes;
+    bool initialized = false;
+};
