@@ -22,7 +22,7 @@ inline long long value(const DagFixedFields& f, unsigned int node, const std::ve
         case Boolean: case Integer: return v[node];
         case Constant: return f.constant(node);
         case Abs: r = c(0) < 0 ? -c(0) : c(0); break;
-        case Distance: r = c(1) - c(0); r = r < 0 ? -r : r; break;
+        case Distance: r = wrap(c(1) - c(0)); r = r < 0 ? -r : r; break;  // the difference wraps first
         case Not: r = c(0) == 0; break;
         case Lt: r = c(0) < c(1); break;
         case Leq: r = c(0) <= c(1); break;

@@ -4,8 +4,22 @@
 #include "solver/kernel/dagfixedfields.h"
 #include "solver/kernel/temporarydagfixedfields.h"
 
+#include "api/kernelexception.h"
+
+#include <functional>
 #include <memory>
+#include <string>
 #include <vector>
+
+// The explanation of the KernelException that `f` throws, "" if none.
+inline std::string kernelErrorOf(const std::function<void()>& f) {
+    try {
+        f();
+    } catch (const KernelException& e) {
+        return e.getExplanation();
+    }
+    return "";
+}
 
 // Builds kernel graphs for tests through the fixed fields' filling
 // interface, the way the model compiler does: children first, then close.
