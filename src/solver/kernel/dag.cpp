@@ -41,8 +41,7 @@ std::unique_ptr<Node> createNodeInnerChilds(const DagFixedFields& fixed, unsigne
 Dag::Dag(const DagFixedFields& fixedFields)
     : fixed(fixedFields),
       nodes(fixedFields.nbNodes(), nullptr),
-      currentValues(fixedFields.nbNodes(), 0),
-      newValues(fixedFields.nbNodes(), 0),
+      values(2 * static_cast<std::size_t>(fixedFields.nbNodes()), 0),
       modifiedFlags(fixedFields.nbNodes(), 0) {
     mallocNodes();
 }

@@ -9,6 +9,18 @@
 #include <ostream>
 #include <vector>
 
+// The values of one state (current or new) of every node. The two states
+// are interleaved per node in the Dag, so that reading a node's current and
+// new value, as every incremental eval does, costs one cache line.
+class ValueView {
+public:
+    explicit ValueView(const long long* base) : base(base) {}
+    long long operator[](unsigned int node) const { return base[2 * static_cast<std::size_t>(node)]; }
+
+private:
+    const long long* base;
+};
+
 // One search thread's graph: the changing part over shared fixed fields.
 // Values are flat arrays by node number: `current` is the committed state,
 // `new` the state a move is evaluating. Not thread-safe; one Dag per thread.
@@ -33,12 +45,12 @@ public:
     const Propagation& getPropagation() const { return propagation; }
     Node* getNode(unsigned int node) const { return nodes[node]; }
 
-    long long currentValue(unsigned int node) const { return currentValues[node]; }
-    long long newValue(unsigned int node) const { return newValues[node]; }
-    const long long* currentValuesData() const { return currentValues.data(); }
-    const long long* newValuesData() const { return newValues.data(); }
-    void setCurrentValue(unsigned int node, long long value) { currentValues[node] = value; }
-    void setNewValue(unsigned int node, long long value) { newValues[node] = value; }
+    long long currentValue(unsigned int node) const { return values[2 * static_cast<std::size_t>(node)]; }
+    long long newValue(unsigned int node) const { return values[2 * static_cast<std::size_t>(node) + 1]; }
+    ValueView currentValuesData() const { return ValueView(values.data()); }
+    ValueView newValuesData() const { return ValueView(values.data() + 1); }
+    void setCurrentValue(unsigned int node, long long value) { values[2 * static_cast<std::size_t>(node)] = value; }
+    void setNewValue(unsigned int node, long long value) { values[2 * static_cast<std::size_t>(node) + 1] = value; }
 
     // The per-node flag of nodes scheduled in the current move.
     bool isModified(unsigned int node) const { return modifiedFlags[node] != 0; }
@@ -51,8 +63,7 @@ private:
     const DagFixedFields& fixed;
     Propagation propagation;
     std::vector<Node*> nodes;
-    std::vector<long long> currentValues;
-    std::vector<long long> newValues;
+    std::vector<long long> values;  // current and new value of each node, interleaved
     std::vector<unsigned char> modifiedFlags;
     ObjectsAllocatorPool<Node> statelessNodes;
     std::vector<std::unique_ptr<Node>> statefulNodes;

@@ -48,17 +48,19 @@ void DagFixedFields::initTypes(const TemporaryDagFixedFields& t) {
 
 void DagFixedFields::initChilds(const TemporaryDagFixedFields& t) {
     childKindIndices.resize(nodeCount);
-    childOffsets.assign(nodeCount + 1, 0);
-    unsigned int nbInner = 0, nbLeaves = 0;
+    links.assign(nodeCount, NodeLinks{0, 0, KernelConstants::NO_PARENT_OFFSET, 0});
+    unsigned int nbInner = 0, nbLeaves = 0, total = 0;
     for (unsigned int node = 0; node < nodeCount; ++node) {
         unsigned int n = t.nbChilds(node);
         childKindIndices[node] = n > 0 ? nbInner++ : nbLeaves++;
-        childOffsets[node + 1] = childOffsets[node] + n;
+        links[node].childOffset = total;
+        links[node].nbChilds = n;
+        total += n;
     }
-    childNodes.resize(childOffsets[nodeCount]);
+    childNodes.resize(total);
     for (unsigned int node = 0; node < nodeCount; ++node)
         for (unsigned int i = 0; i < t.nbChilds(node); ++i)
-            childNodes[childOffsets[node] + i] = t.nodeChild(node, i);
+            childNodes[links[node].childOffset + i] = t.nodeChild(node, i);
 }
 
 void DagFixedFields::initClassification() {
@@ -92,31 +94,29 @@ void DagFixedFields::initCoefficients(const TemporaryDagFixedFields& t) {
         NodeType type = types[node];
         if (type == Constant || type == Scalar) {
             constants[node] = t.constant(node);
-            if (type == Scalar) childCoefficients[childOffsets[node]] = t.scalar(node);
+            if (type == Scalar) childCoefficients[links[node].childOffset] = t.scalar(node);
         } else if (NodeTypeUtils::hasChildCoefficients(type)) {
             for (unsigned int i = 0; i < t.nbChilds(node); ++i)
-                childCoefficients[childOffsets[node] + i] = t.coefficient(node, i);
+                childCoefficients[links[node].childOffset + i] = t.coefficient(node, i);
         }
     }
 }
 
 void DagFixedFields::initParents(const TemporaryDagFixedFields& t) {
-    parentCounts.assign(nodeCount, 0);
-    parentOffsets.assign(nodeCount, KernelConstants::NO_PARENT_OFFSET);
     unsigned int total = 0;
     for (unsigned int node = 0; node < nodeCount; ++node) {
-        parentCounts[node] = static_cast<unsigned int>(t.parentsOf(node).size());
-        if (parentCounts[node] > 0) {
-            parentOffsets[node] = total;
-            total += parentCounts[node];
+        links[node].nbParents = static_cast<unsigned int>(t.parentsOf(node).size());
+        if (links[node].nbParents > 0) {
+            links[node].parentOffset = total;
+            total += links[node].nbParents;
         }
     }
     parentNodes.resize(total);
     positionsInParent.resize(total);
     for (unsigned int node = 0; node < nodeCount; ++node) {
-        for (unsigned int k = 0; k < parentCounts[node]; ++k) {
-            parentNodes[parentOffsets[node] + k] = t.parentsOf(node)[k];
-            positionsInParent[parentOffsets[node] + k] = t.positionsInParents(node)[k];
+        for (unsigned int k = 0; k < links[node].nbParents; ++k) {
+            parentNodes[links[node].parentOffset + k] = t.parentsOf(node)[k];
+            positionsInParent[links[node].parentOffset + k] = t.positionsInParents(node)[k];
         }
     }
 }

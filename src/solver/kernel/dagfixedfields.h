@@ -36,13 +36,13 @@ public:
     unsigned int indexInType(unsigned int node) const { return indicesInType[node]; }
 
     // --- Children ---
-    bool hasChilds(unsigned int node) const { return childOffsets[node + 1] != childOffsets[node]; }
+    bool hasChilds(unsigned int node) const { return links[node].nbChilds != 0; }
     // Index among the nodes with children, or among those without.
     unsigned int indexInChildKind(unsigned int node) const { return childKindIndices[node]; }
-    unsigned int nbChilds(unsigned int node) const { return childOffsets[node + 1] - childOffsets[node]; }
-    unsigned int childOffset(unsigned int node) const { return childOffsets[node]; }
-    unsigned int child(unsigned int node, unsigned int i) const { return childNodes[childOffsets[node] + i]; }
-    const unsigned int* childs(unsigned int node) const { return childNodes.data() + childOffsets[node]; }
+    unsigned int nbChilds(unsigned int node) const { return links[node].nbChilds; }
+    unsigned int childOffset(unsigned int node) const { return links[node].childOffset; }
+    unsigned int child(unsigned int node, unsigned int i) const { return childNodes[links[node].childOffset + i]; }
+    const unsigned int* childs(unsigned int node) const { return childNodes.data() + links[node].childOffset; }
 
     // --- Variables: all Booleans, then all Integers, by node number ---
     const std::vector<unsigned int>& variables() const { return variableNodes; }
@@ -58,26 +58,26 @@ public:
 
     // --- Coefficients: one per child slot of scalar types; constants ---
     long long coefficient(unsigned int node, unsigned int i) const {
-        return childCoefficients[childOffsets[node] + i];
+        return childCoefficients[links[node].childOffset + i];
     }
     const long long* coefficients(unsigned int node) const {
-        return childCoefficients.data() + childOffsets[node];
+        return childCoefficients.data() + links[node].childOffset;
     }
     // A Constant's value or a Scalar's factor.
     long long constant(unsigned int node) const { return constants[node]; }
 
     // --- Parents ---
-    unsigned int nbParents(unsigned int node) const { return parentCounts[node]; }
+    unsigned int nbParents(unsigned int node) const { return links[node].nbParents; }
     // NO_PARENT_OFFSET for a node without parents.
-    unsigned int parentOffset(unsigned int node) const { return parentOffsets[node]; }
-    unsigned int parent(unsigned int node, unsigned int k) const { return parentNodes[parentOffsets[node] + k]; }
-    const unsigned int* parents(unsigned int node) const { return parentNodes.data() + parentOffsets[node]; }
+    unsigned int parentOffset(unsigned int node) const { return links[node].parentOffset; }
+    unsigned int parent(unsigned int node, unsigned int k) const { return parentNodes[links[node].parentOffset + k]; }
+    const unsigned int* parents(unsigned int node) const { return parentNodes.data() + links[node].parentOffset; }
     // This node's position in the child list of its k-th parent.
     unsigned int positionInParent(unsigned int node, unsigned int k) const {
-        return positionsInParent[parentOffsets[node] + k];
+        return positionsInParent[links[node].parentOffset + k];
     }
     const unsigned int* positionsInParents(unsigned int node) const {
-        return positionsInParent.data() + parentOffsets[node];
+        return positionsInParent.data() + links[node].parentOffset;
     }
 
     // Position in the constraint list, NO_NODE when not a constraint.
@@ -106,8 +106,17 @@ private:
     std::vector<unsigned int> nodesPerType;
     std::vector<unsigned int> indicesInType;
 
+    // Where a node's children and parents are, together: evaluating a node
+    // reads both, so they share one cache line.
+    struct NodeLinks {
+        unsigned int childOffset;
+        unsigned int nbChilds;
+        unsigned int parentOffset;  // NO_PARENT_OFFSET without parents
+        unsigned int nbParents;
+    };
+    std::vector<NodeLinks> links;
+
     std::vector<unsigned int> childKindIndices;
-    std::vector<unsigned int> childOffsets{0};  // nbNodes + 1 entries
     std::vector<unsigned int> childNodes;
 
     std::vector<unsigned int> variableNodes;
@@ -121,8 +130,6 @@ private:
     std::vector<long long> childCoefficients;  // parallel to childNodes
     std::vector<long long> constants;
 
-    std::vector<unsigned int> parentCounts;
-    std::vector<unsigned int> parentOffsets;
     std::vector<unsigned int> parentNodes;
     std::vector<unsigned int> positionsInParent;
 };

@@ -15,7 +15,6 @@ const char* const NOT_A_CONSTRAINT = "Incorrect operator type.";
 
 void Propagation::init(Dag& dag) {
     const DagFixedFields& fixed = dag.getFixedFields();
-    nodeRanks = fixed.ranksData();
     constraintPositions = fixed.posInConstraintsData();
     initializeConstraints(dag);
     initializePriorities(dag);
@@ -50,6 +49,8 @@ void Propagation::initializePriorities(Dag& dag) {
             }
         }
     }
+    slots.resize(fixed.nbNodes());
+    for (unsigned int node = 0; node < fixed.nbNodes(); ++node) slots[node] = fixed.rank(node) * 4 + priorities[node];
 }
 
 void Propagation::initializeImpacted(Dag& dag) {
@@ -80,13 +81,13 @@ void Propagation::initializeViolatedConstraintsCost(Dag& dag) {
 }
 
 void Propagation::schedule(unsigned int node) {
-    unsigned int priority = priorities[node];
-    if (priority == 0) {
+    unsigned int slot = slots[node];
+    if ((slot & 3) == 0) {
         queue.push_back(node);
         return;
     }
-    unsigned int level = nodeRanks[node];
-    impacted[level * 4 + priority].push_back(node);
+    unsigned int level = slot >> 2;
+    impacted[slot].push_back(node);
     if (!anyScheduled || level > highestLevel) highestLevel = level;
     anyScheduled = true;
 }
@@ -106,6 +107,7 @@ void Propagation::notifyImpactedNodes(Dag& dag, unsigned int node) {
 }
 
 bool Propagation::evalOne(Dag& dag, unsigned int node) {
+    ++nbEvaluatedNodes;
     dag.getNode(node)->eval(dag, *this, node);
     unsigned int position = constraintPositions[node];
     if (position == KernelConstants::NO_NODE) return true;
@@ -209,6 +211,11 @@ void Propagation::endMove() {
     queueHead = 0;
     anyScheduled = false;
     highestLevel = 0;
+}
+
+void Propagation::setConstraintPriority(Dag&, unsigned int node) {
+    priorities[node] = 1;
+    slots[node] = (slots[node] & ~3u) | 1u;
 }
 
 void Propagation::disconnectListener(DagListener* listener) {

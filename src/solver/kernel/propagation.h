@@ -49,7 +49,7 @@ public:
     void activateAllSatisfiedConstraints(Dag& dag);
     bool isConstraintActive(const Dag& dag, unsigned int node) const;
     void extractActiveConstraints(std::vector<unsigned int>& out) const;
-    void setConstraintPriority(Dag& dag, unsigned int node) { priorities[node] = 1; }
+    void setConstraintPriority(Dag& dag, unsigned int node);
     void evalConstraint(Dag& dag, unsigned int node);
     void commitConstraint(Dag& dag, unsigned int node);
 
@@ -62,6 +62,8 @@ public:
     unsigned long long getNbViolatedConstraints() const { return nbViolatedConstraints; }
     unsigned long long getTNbViolatedConstraints() const { return tNbViolatedConstraints; }
     unsigned int getPriority(unsigned int node) const { return priorities[node]; }
+    // Node evaluations since init, for statistics and benchmarks.
+    unsigned long long getNbEvaluatedNodes() const { return nbEvaluatedNodes; }
 
     // Throws KernelException when the constraint sets are incoherent.
     void check(const Dag& dag) const;
@@ -96,9 +98,12 @@ private:
     Bipartition evalViolatedConstraints;
     std::vector<unsigned int> priorities;
     std::vector<DagListener*> listeners;
+    unsigned long long nbEvaluatedNodes = 0;
 
-    // Cached from the fixed fields at init, read on every scheduling.
-    const unsigned int* nodeRanks = nullptr;
+    // Per node, level * 4 + priority class: the index of its impacted list,
+    // one read when a node is scheduled.
+    std::vector<unsigned int> slots;
+    // Cached from the fixed fields at init, read on every evaluation.
     const unsigned int* constraintPositions = nullptr;
     // Highest level holding scheduled nodes in this move: the passes stop
     // there instead of walking every level of a deep graph.

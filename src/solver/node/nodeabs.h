@@ -6,7 +6,7 @@
 class NodeAbs : public NodeFixedArityTemplate<NodeAbs> {
 public:
     static constexpr NodeType TYPE = Abs;
-    static long long compute(const DagFixedFields& fixed, const long long* values, unsigned int node,
+    static long long compute(const DagFixedFields& fixed, ValueView values, unsigned int node,
                              const char*) {
         long long x = childValue(fixed, values, node, 0);
         return x < 0 ? WrapArith::neg(x) : x;

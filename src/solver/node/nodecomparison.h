@@ -14,17 +14,17 @@ public:
         return compare(child(dag, dag.currentValuesData(), node, 0), child(dag, dag.currentValuesData(), node, 1)) ? 1 : 0;
     }
     void eval(Dag& dag, Propagation& propagation, unsigned int node) override {
-        const long long* now = dag.newValuesData();
+        ValueView now = dag.newValuesData();
         dag.setNewValue(node, compare(child(dag, now, node, 0), child(dag, now, node, 1)) ? 1 : 0);
         Node::eval(dag, propagation, node);
     }
     long long initialViolatedConstraintCost(const Dag& dag, unsigned int node) const override {
-        const long long* before = dag.currentValuesData();
+        ValueView before = dag.currentValuesData();
         return violation(child(dag, before, node, 0), child(dag, before, node, 1));
     }
     long long evalViolatedConstraintCost(const Dag& dag, unsigned int node) const override {
-        const long long* now = dag.newValuesData();
-        const long long* before = dag.currentValuesData();
+        ValueView now = dag.newValuesData();
+        ValueView before = dag.currentValuesData();
         return violation(child(dag, now, node, 0), child(dag, now, node, 1)) -
                violation(child(dag, before, node, 0), child(dag, before, node, 1));
     }
@@ -34,7 +34,7 @@ protected:
     virtual long long violation(long long a, long long b) const { return compare(a, b) ? 0 : 1; }
     // max(0, x - y + margin), exact and clamped to the 64-bit maximum.
     static long long excess(long long x, long long y, long long margin);
-    static long long child(const Dag& dag, const long long* values, unsigned int node, unsigned int i) {
+    static long long child(const Dag& dag, ValueView values, unsigned int node, unsigned int i) {
         return values[dag.getFixedFields().child(node, i)];
     }
     // [1, 1] when the comparison always holds, [0, 0] when it never does.

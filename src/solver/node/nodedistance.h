@@ -6,7 +6,7 @@
 class NodeDistance : public NodeFixedArityTemplate<NodeDistance> {
 public:
     static constexpr NodeType TYPE = Distance;
-    static long long compute(const DagFixedFields& fixed, const long long* values, unsigned int node,
+    static long long compute(const DagFixedFields& fixed, ValueView values, unsigned int node,
                              const char*) {
         long long d = WrapArith::sub(childValue(fixed, values, node, 1), childValue(fixed, values, node, 0));
         return d < 0 ? WrapArith::neg(d) : d;

@@ -5,7 +5,7 @@
 
 #include <limits>
 
-long long NodeDivide::compute(const DagFixedFields& fixed, const long long* values, unsigned int node,
+long long NodeDivide::compute(const DagFixedFields& fixed, ValueView values, unsigned int node,
                               const char* operation) {
     long long a = childValue(fixed, values, node, 0), b = childValue(fixed, values, node, 1);
     if (b == 0) throw KernelException("src/solver/node/nodedivide", __LINE__, operation, "Division by zero.");

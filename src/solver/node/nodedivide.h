@@ -8,7 +8,7 @@
 class NodeDivide : public NodeFixedArityTemplate<NodeDivide> {
 public:
     static constexpr NodeType TYPE = Divide;
-    static long long compute(const DagFixedFields& fixed, const long long* values, unsigned int node,
+    static long long compute(const DagFixedFields& fixed, ValueView values, unsigned int node,
                              const char* operation);
     // The numerator moves the quotient, in the direction given by the
     // divisor's sign.

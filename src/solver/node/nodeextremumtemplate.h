@@ -48,8 +48,8 @@ public:
 
     void eval(Dag& dag, Propagation& propagation, unsigned int node) override {
         const DagFixedFields& fixed = dag.getFixedFields();
-        const long long* now = dag.newValuesData();
-        const long long* before = dag.currentValuesData();
+        ValueView now = dag.newValuesData();
+        ValueView before = dag.currentValuesData();
         long long current = dag.currentValue(node);
         long long m = WORST;
         unsigned int bestLeaving = 0;
@@ -75,7 +75,7 @@ public:
 
     void commit(Dag& dag, unsigned int node) override {
         const DagFixedFields& fixed = dag.getFixedFields();
-        const long long* now = dag.newValuesData();
+        ValueView now = dag.newValuesData();
         long long value = dag.newValue(node), old = dag.currentValue(node);
         if (value == old) {
             this->modified.forEach([&](unsigned int i) {
@@ -119,7 +119,7 @@ public:
     }
 
 private:
-    void rebuildBest(const DagFixedFields& fixed, const long long* values, unsigned int node,
+    void rebuildBest(const DagFixedFields& fixed, ValueView values, unsigned int node,
                      long long value) {
         best.clear();
         for (unsigned int i = 0; i < fixed.nbChilds(node); ++i)

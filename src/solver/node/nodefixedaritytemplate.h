@@ -10,7 +10,7 @@
 // Base of the fixed-arity operators: no per-node state, eval recomputes the
 // formula on the children's new values. Derived supplies
 //   static constexpr NodeType TYPE;
-//   static long long compute(const DagFixedFields&, const long long* values,
+//   static long long compute(const DagFixedFields&, ValueView values,
 //                            unsigned int node, const char* operation);
 // where `operation` names the caller in arithmetic errors.
 template <class Derived>
@@ -26,7 +26,7 @@ public:
     std::string toString() const override { return NodeTypeUtils::toString(Derived::TYPE); }
 
 protected:
-    static long long childValue(const DagFixedFields& fixed, const long long* values, unsigned int node,
+    static long long childValue(const DagFixedFields& fixed, ValueView values, unsigned int node,
                                 unsigned int i) {
         return values[fixed.child(node, i)];
     }

@@ -6,7 +6,7 @@
 class NodeIf : public NodeFixedArityTemplate<NodeIf> {
 public:
     static constexpr NodeType TYPE = If;
-    static long long compute(const DagFixedFields& fixed, const long long* values, unsigned int node,
+    static long long compute(const DagFixedFields& fixed, ValueView values, unsigned int node,
                              const char*) {
         return childValue(fixed, values, node, childValue(fixed, values, node, 0) != 0 ? 1 : 2);
     }

@@ -3,7 +3,7 @@
 #include "api/kernelexception.h"
 #include "solver/kernel/mathoverflow.h"
 
-long long NodeModulo::compute(const DagFixedFields& fixed, const long long* values, unsigned int node,
+long long NodeModulo::compute(const DagFixedFields& fixed, ValueView values, unsigned int node,
                               const char* operation) {
     long long a = childValue(fixed, values, node, 0), b = childValue(fixed, values, node, 1);
     if (b == 0) throw KernelException("src/solver/node/nodemodulo", __LINE__, operation, "Division by zero.");

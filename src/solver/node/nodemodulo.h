@@ -6,7 +6,7 @@
 class NodeModulo : public NodeFixedArityTemplate<NodeModulo> {
 public:
     static constexpr NodeType TYPE = Modulo;
-    static long long compute(const DagFixedFields& fixed, const long long* values, unsigned int node,
+    static long long compute(const DagFixedFields& fixed, ValueView values, unsigned int node,
                              const char* operation);
     bool findIncreasingBoolean(const Dag& dag, Quickrand& rand, unsigned int& boolean,
                                unsigned int node) const override;

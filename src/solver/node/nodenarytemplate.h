@@ -44,7 +44,7 @@ protected:
     static long long coefficient(const DagFixedFields& fixed, unsigned int node, unsigned int i) {
         return Scaled ? fixed.coefficient(node, i) : 1;
     }
-    static long long term(const DagFixedFields& fixed, const long long* values, unsigned int node,
+    static long long term(const DagFixedFields& fixed, ValueView values, unsigned int node,
                           unsigned int i) {
         long long v = values[fixed.child(node, i)];
         return Scaled ? WrapArith::mul(fixed.coefficient(node, i), v) : v;

@@ -6,7 +6,7 @@
 class NodeNot : public NodeFixedArityTemplate<NodeNot> {
 public:
     static constexpr NodeType TYPE = Not;
-    static long long compute(const DagFixedFields& fixed, const long long* values, unsigned int node,
+    static long long compute(const DagFixedFields& fixed, ValueView values, unsigned int node,
                              const char*) {
         return childValue(fixed, values, node, 0) == 0 ? 1 : 0;
     }

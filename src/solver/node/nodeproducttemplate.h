@@ -46,8 +46,8 @@ public:
         const DagFixedFields& fixed = dag.getFixedFields();
         long long value;
         if (exact) {
-            const long long* now = dag.newValuesData();
-            const long long* before = dag.currentValuesData();
+            ValueView now = dag.newValuesData();
+            ValueView before = dag.currentValuesData();
             long long product = nonZeroProduct;
             long long nbZeros = zeros.size();
             this->modified.forEach([&](unsigned int i) {
@@ -97,7 +97,7 @@ public:
     }
 
 private:
-    static long long productOf(const DagFixedFields& fixed, const long long* values, unsigned int node) {
+    static long long productOf(const DagFixedFields& fixed, ValueView values, unsigned int node) {
         long long value = 1;
         for (unsigned int i = 0; i < fixed.nbChilds(node); ++i)
             value = WrapArith::mul(value, Base::term(fixed, values, node, i));

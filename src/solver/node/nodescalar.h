@@ -6,7 +6,7 @@
 class NodeScalar : public NodeFixedArityTemplate<NodeScalar> {
 public:
     static constexpr NodeType TYPE = Scalar;
-    static long long compute(const DagFixedFields& fixed, const long long* values, unsigned int node,
+    static long long compute(const DagFixedFields& fixed, ValueView values, unsigned int node,
                              const char*) {
         return WrapArith::mul(fixed.constant(node), childValue(fixed, values, node, 0));
     }

@@ -6,7 +6,7 @@
 
 long long NodeSqrt::root(long long x) { return static_cast<long long>(std::sqrt(static_cast<double>(x))); }
 
-long long NodeSqrt::compute(const DagFixedFields& fixed, const long long* values, unsigned int node,
+long long NodeSqrt::compute(const DagFixedFields& fixed, ValueView values, unsigned int node,
                             const char* operation) {
     long long x = childValue(fixed, values, node, 0);
     if (x < 0)

@@ -7,7 +7,7 @@
 class NodeSqrt : public NodeFixedArityTemplate<NodeSqrt> {
 public:
     static constexpr NodeType TYPE = Sqrt;
-    static long long compute(const DagFixedFields& fixed, const long long* values, unsigned int node,
+    static long long compute(const DagFixedFields& fixed, ValueView values, unsigned int node,
                              const char* operation);
     static long long root(long long x);
     bool findIncreasingBoolean(const Dag& dag, Quickrand& rand, unsigned int& boolean,

@@ -42,8 +42,8 @@ public:
                 value += dag.newValue(fixed.child(node, i)) != 0 ? 1 : -1;
             });
         } else {
-            const long long* now = dag.newValuesData();
-            const long long* before = dag.currentValuesData();
+            ValueView now = dag.newValuesData();
+            ValueView before = dag.currentValuesData();
             this->modified.forEach([&](unsigned int i) {
                 value = WrapArith::add(value, WrapArith::sub(Base::term(fixed, now, node, i),
                                                              Base::term(fixed, before, node, i)));
