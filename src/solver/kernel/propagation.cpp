@@ -1,0 +1,293 @@
+#include "solver/kernel/propagation.h"
+
+#include "api/kernelexception.h"
+#include "solver/kernel/dag.h"
+#include "solver/kernel/daglistener.h"
+#include "solver/kernel/kernelconstants.h"
+
+#include <algorithm>
+
+namespace {
+const char* const SOURCE = "src/solver/kernel/propagation";
+const char* const VIOLATED = "One or more active constraints are violated.";
+const char* const NOT_A_CONSTRAINT = "Incorrect operator type.";
+}  // namespace
+
+void Propagation::init(Dag& dag) {
+    const DagFixedFields& fixed = dag.getFixedFields();
+    constraintPositions = fixed.posInConstraintsData();
+    initializeConstraints(dag);
+    initializePriorities(dag);
+    initializeImpacted(dag);
+    initializeViolatedConstraintsCost(dag);
+}
+
+void Propagation::initializeConstraints(Dag& dag) {
+    const DagFixedFields& fixed = dag.getFixedFields();
+    unsigned int n = fixed.nbConstraints();
+    activeConstraints.init(n);
+    violatedConstraints.init(n);
+    evalViolatedConstraints.init(n);
+    for (unsigned int k = 0; k < n; ++k)
+        if (dag.currentValue(fixed.constraints()[k]) == 0) violatedConstraints.setIn(k);
+}
+
+void Propagation::initializePriorities(Dag& dag) {
+    const DagFixedFields& fixed = dag.getFixedFields();
+    priorities.resize(fixed.nbNodes(), 3);
+    for (unsigned int level = fixed.nbRanks(); level-- > 0;) {
+        const unsigned int* nodes = fixed.nodesOfRank(level);
+        for (unsigned int k = 0; k < fixed.nbNodesOfRank(level); ++k) {
+            unsigned int node = nodes[k];
+            if (fixed.posInConstraints(node) != KernelConstants::NO_NODE) priorities[node] = 1;
+            NodeType type = fixed.type(node);
+            if (priorities[node] == 3 || type == Boolean || type == Integer || type == Constant)
+                continue;
+            for (unsigned int i = 0; i < fixed.nbChilds(node); ++i) {
+                unsigned int child = fixed.child(node, i);
+                if (priorities[child] != 1) priorities[child] = 2;
+            }
+        }
+    }
+    slots.resize(fixed.nbNodes());
+    for (unsigned int node = 0; node < fixed.nbNodes(); ++node) slots[node] = fixed.rank(node) * 4 + priorities[node];
+}
+
+void Propagation::initializeImpacted(Dag& dag) {
+    const DagFixedFields& fixed = dag.getFixedFields();
+    impacted.assign(static_cast<std::size_t>(fixed.nbRanks()) * 4, {});
+    for (unsigned int level = 0; level < fixed.nbRanks(); ++level)
+        for (unsigned int k = 1; k <= 3; ++k) impacted[level * 4 + k].reserve(fixed.nbNodesOfRank(level));
+    queue.clear();
+    queue.reserve(fixed.nbNodes());
+    modifiedVariables.clear();
+    modifiedVariables.reserve(fixed.nbVariables());
+    queueHead = 0;
+    highestLevel = 0;
+    anyScheduled = false;
+}
+
+void Propagation::initializeViolatedConstraintsCost(Dag& dag) {
+    const DagFixedFields& fixed = dag.getFixedFields();
+    violatedConstraintsCost = 0;
+    for (unsigned int node : fixed.constraints())
+        violatedConstraintsCost += dag.getNode(node)->initialViolatedConstraintCost(dag, node);
+    tViolatedConstraintsCost = violatedConstraintsCost;
+    if (violatedConstraintsCost != 0)
+        activeConstraints.clearIn();
+    else
+        activateAllConstraints();
+    nbViolatedConstraints = tNbViolatedConstraints = violatedConstraints.sizeIn();
+}
+
+void Propagation::schedule(unsigned int node) {
+    unsigned int slot = slots[node];
+    if ((slot & 3) == 0) {
+        queue.push_back(node);
+        return;
+    }
+    unsigned int level = slot >> 2;
+    impacted[slot].push_back(node);
+    if (!anyScheduled || level > highestLevel) highestLevel = level;
+    anyScheduled = true;
+}
+
+void Propagation::modifyVariable(Dag& dag, unsigned int node, long long value) {
+    if (value == dag.currentValue(node) || dag.isModified(node)) return;
+    dag.setNewValue(node, value);
+    dag.setModified(node);
+    schedule(node);
+    modifiedVariables.push_back(node);
+}
+
+void Propagation::notifyImpactedNodes(Dag& dag, unsigned int node) {
+    if (dag.isModified(node)) return;
+    dag.setModified(node);
+    schedule(node);
+}
+
+bool Propagation::evalOne(Dag& dag, unsigned int node) {
+    ++nbEvaluatedNodes;
+    dag.getNode(node)->eval(dag, *this, node);
+    unsigned int position = constraintPositions[node];
+    if (position == KernelConstants::NO_NODE) return true;
+    if (activeConstraints.isIn(position)) return dag.newValue(node) != 0;
+    costInactiveConstraint(dag, node, position);
+    return true;
+}
+
+void Propagation::costInactiveConstraint(Dag& dag, unsigned int node, unsigned int position) {
+    tViolatedConstraintsCost += dag.getNode(node)->evalViolatedConstraintCost(dag, node);
+    if (dag.newValue(node) == 1)
+        evalViolatedConstraints.setOut(position);
+    else
+        evalViolatedConstraints.setIn(position);
+}
+
+bool Propagation::drainQueue(Dag& dag) {
+    while (queueHead < queue.size())
+        if (!evalOne(dag, queue[queueHead++])) return false;
+    return true;
+}
+
+bool Propagation::evalNode(Dag& dag, unsigned int node) {
+    return evalOne(dag, node) && (queueHead == queue.size() || drainQueue(dag));
+}
+
+bool Propagation::eval(Dag& dag) {
+    if (anyScheduled) {
+        // Lists grow while they are walked (parents land on higher levels,
+        // never on the level being walked), hence the index loops.
+        for (unsigned int level = 0; level <= highestLevel; ++level) {
+            for (unsigned int k = 1; k <= 2; ++k) {
+                std::vector<unsigned int>& list = impacted[level * 4 + k];
+                for (std::size_t i = 0; i < list.size(); ++i)
+                    if (!evalNode(dag, list[i])) return false;
+            }
+        }
+        for (unsigned int level = 0; level <= highestLevel; ++level) {
+            std::vector<unsigned int>& list = impacted[level * 4 + 3];
+            for (std::size_t i = 0; i < list.size(); ++i)
+                if (!evalNode(dag, list[i])) return false;
+        }
+    }
+    if (!drainQueue(dag)) return false;
+    tNbViolatedConstraints = violatedConstraints.sizeIn();
+    return true;
+}
+
+void Propagation::commit(Dag& dag) {
+    if (anyScheduled) {
+        for (unsigned int level = highestLevel + 1; level-- > 0;) {
+            for (unsigned int k = 1; k <= 3; ++k) {
+                std::vector<unsigned int>& list = impacted[level * 4 + k];
+                for (unsigned int node : list) {
+                    commitConstraint(dag, node);
+                    dag.clearModified(node);
+                    dag.getNode(node)->commit(dag, node);
+                }
+                list.clear();
+            }
+        }
+    }
+    for (unsigned int node : queue) {
+        commitConstraint(dag, node);
+        dag.clearModified(node);
+        dag.getNode(node)->commit(dag, node);
+    }
+    notifyCommitListeners();
+    endMove();
+    if (tViolatedConstraintsCost == 0 && activeConstraints.sizeOut() != 0) activateAllConstraints();
+    violatedConstraintsCost = tViolatedConstraintsCost;
+    nbViolatedConstraints = tNbViolatedConstraints;
+}
+
+void Propagation::rollback(Dag& dag) {
+    if (anyScheduled) {
+        for (unsigned int level = 0; level <= highestLevel; ++level) {
+            for (unsigned int k = 1; k <= 3; ++k) {
+                std::vector<unsigned int>& list = impacted[level * 4 + k];
+                for (unsigned int node : list) {
+                    dag.clearModified(node);
+                    dag.getNode(node)->rollback(dag, node);
+                }
+                list.clear();
+            }
+        }
+    }
+    for (unsigned int node : queue) {
+        dag.clearModified(node);
+        dag.getNode(node)->rollback(dag, node);
+    }
+    endMove();
+    tViolatedConstraintsCost = violatedConstraintsCost;
+    tNbViolatedConstraints = nbViolatedConstraints;
+}
+
+void Propagation::endMove() {
+    modifiedVariables.clear();
+    evalViolatedConstraints.clearIn();
+    queue.clear();
+    queueHead = 0;
+    anyScheduled = false;
+    highestLevel = 0;
+}
+
+void Propagation::setConstraintPriority(Dag&, unsigned int node) {
+    priorities[node] = 1;
+    slots[node] = (slots[node] & ~3u) | 1u;
+}
+
+void Propagation::disconnectListener(DagListener* listener) {
+    listeners.erase(std::find(listeners.begin(), listeners.end(), listener));
+}
+
+void Propagation::notifyCommitListeners() {
+    for (DagListener* listener : listeners) listener->notifyCommit();
+}
+
+void Propagation::activateConstraint(Dag& dag, unsigned int node) {
+    unsigned int position = dag.getFixedFields().posInConstraints(node);
+    if (position == KernelConstants::NO_NODE)
+        throw KernelException(SOURCE, 180, "activateConstraint", NOT_A_CONSTRAINT);
+    if (dag.currentValue(node) == 0) throw KernelException(SOURCE, 181, "activateConstraint", VIOLATED);
+    activeConstraints.setIn(position);
+}
+
+void Propagation::desactivateConstraint(Dag& dag, unsigned int node) {
+    unsigned int position = dag.getFixedFields().posInConstraints(node);
+    if (position == KernelConstants::NO_NODE)
+        throw KernelException(SOURCE, 186, "desactivateConstraint", NOT_A_CONSTRAINT);
+    activeConstraints.setOut(position);
+}
+
+void Propagation::activateAllConstraints() {
+    if (violatedConstraints.sizeIn() != 0)
+        throw KernelException(SOURCE, 191, "activateAllConstraints", VIOLATED);
+    activeConstraints.clearOut();
+}
+
+void Propagation::activateAllSatisfiedConstraints(Dag& dag) {
+    const std::vector<unsigned int>& constraints = dag.getFixedFields().constraints();
+    for (unsigned int p = activeConstraints.sizeIn(); p < activeConstraints.size(); ++p) {
+        unsigned int node = constraints[activeConstraints[p]];
+        if (dag.currentValue(node) == 1) activateConstraint(dag, node);
+    }
+}
+
+bool Propagation::isConstraintActive(const Dag& dag, unsigned int node) const {
+    unsigned int position = dag.getFixedFields().posInConstraints(node);
+    return position != KernelConstants::NO_NODE && activeConstraints.isIn(position);
+}
+
+void Propagation::extractActiveConstraints(std::vector<unsigned int>& out) const {
+    out.resize(activeConstraints.sizeIn());
+    for (unsigned int i = 0; i < activeConstraints.sizeIn(); ++i) out[i] = activeConstraints[i];
+}
+
+void Propagation::evalConstraint(Dag& dag, unsigned int node) {
+    unsigned int position = dag.getFixedFields().posInConstraints(node);
+    if (position == KernelConstants::NO_NODE || activeConstraints.isIn(position)) return;
+    costInactiveConstraint(dag, node, position);
+}
+
+void Propagation::commitConstraint(Dag& dag, unsigned int node) {
+    unsigned int position = constraintPositions[node];
+    if (position == KernelConstants::NO_NODE || activeConstraints.isIn(position)) return;
+    if (dag.newValue(node) != 0)
+        violatedConstraints.setOut(position);
+    else
+        violatedConstraints.setIn(position);
+}
+
+void Propagation::check(const Dag& dag) const {
+    const std::vector<unsigned int>& constraints = dag.getFixedFields().constraints();
+    for (unsigned int i = 0; i < violatedConstraints.sizeIn(); ++i) {
+        unsigned int k = violatedConstraints[i];
+        if (activeConstraints.isIn(k) || dag.currentValue(constraints[k]) == 1)
+            throw KernelException(SOURCE, 217, "check", "Propagation is in an incoherent state.");
+    }
+    for (unsigned int k = 0; k < constraints.size(); ++k)
+        if (activeConstraints.isIn(k) && dag.currentValue(constraints[k]) == 0)
+            throw KernelException(SOURCE, 224, "check", VIOLATED);
+}

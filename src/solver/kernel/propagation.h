@@ -1,0 +1,112 @@
+#pragma once
+
+#include "solver/kernel/bipartition.h"
+
+#include <vector>
+
+class Dag;
+class DagListener;
+
+// Incremental evaluation of one Dag and its constraint bookkeeping.
+//
+// A move is: any number of modifyVariable, one eval, then exactly one of
+// commit or rollback (rollback after a false eval). Nodes are scheduled once
+// per move (flag + per-level list) and evaluated level by level; nodes that
+// can reach a constraint (priority 1 and 2) are evaluated in a first pass
+// over all levels, the others in a second, so that a move breaking an active
+// constraint stops before the objective part is touched. No allocation
+// happens in a move: every list is reserved at init.
+//
+// Active constraints are hard: eval returns false when one becomes 0.
+// Inactive ones are soft and costed; once the cost reaches 0 at a commit
+// every constraint becomes active.
+class Propagation {
+public:
+    Propagation() = default;
+    virtual ~Propagation() = default;
+
+    void init(Dag& dag);
+
+    // Sets a variable's new value for this move; ignored when equal to the
+    // committed value or when the variable was already changed in the move.
+    void modifyVariable(Dag& dag, unsigned int node, long long value);
+    // False when an active constraint became violated; the move was left
+    // half-evaluated and must be rolled back.
+    bool eval(Dag& dag);
+    void commit(Dag& dag);
+    void rollback(Dag& dag);
+    // Schedules a node once per move (called by nodes for their parents).
+    void notifyImpactedNodes(Dag& dag, unsigned int node);
+
+    void connectListener(DagListener* listener) { listeners.push_back(listener); }
+    void disconnectListener(DagListener* listener);
+    void notifyCommitListeners();
+
+    void activateConstraint(Dag& dag, unsigned int node);
+    void desactivateConstraint(Dag& dag, unsigned int node);
+    void activateAllConstraints();
+    void desactivateAllConstraints() { activeConstraints.clearIn(); }
+    void activateAllSatisfiedConstraints(Dag& dag);
+    bool isConstraintActive(const Dag& dag, unsigned int node) const;
+    void extractActiveConstraints(std::vector<unsigned int>& out) const;
+    void setConstraintPriority(Dag& dag, unsigned int node);
+    void evalConstraint(Dag& dag, unsigned int node);
+    void commitConstraint(Dag& dag, unsigned int node);
+
+    const std::vector<unsigned int>& getModifiedVariables() const { return modifiedVariables; }
+    const Bipartition& getActiveConstraints() const { return activeConstraints; }
+    const Bipartition& getViolatedConstraints() const { return violatedConstraints; }
+    const Bipartition& getEvalViolatedConstraints() const { return evalViolatedConstraints; }
+    long long getViolatedConstraintsCost() const { return violatedConstraintsCost; }
+    long long getTViolatedConstraintsCost() const { return tViolatedConstraintsCost; }
+    unsigned long long getNbViolatedConstraints() const { return nbViolatedConstraints; }
+    unsigned long long getTNbViolatedConstraints() const { return tNbViolatedConstraints; }
+    unsigned int getPriority(unsigned int node) const { return priorities[node]; }
+    // Node evaluations since init, for statistics and benchmarks.
+    unsigned long long getNbEvaluatedNodes() const { return nbEvaluatedNodes; }
+
+    // Throws KernelException when the constraint sets are incoherent.
+    void check(const Dag& dag) const;
+
+private:
+    void initializeConstraints(Dag& dag);
+    void initializePriorities(Dag& dag);
+    void initializeImpacted(Dag& dag);
+    void initializeViolatedConstraintsCost(Dag& dag);
+    void schedule(unsigned int node);
+    // Evaluates one node and the class-0 queue; false on a broken active
+    // constraint.
+    bool evalNode(Dag& dag, unsigned int node);
+    // The node's eval and its constraint bookkeeping, without the queue.
+    bool evalOne(Dag& dag, unsigned int node);
+    void costInactiveConstraint(Dag& dag, unsigned int node, unsigned int position);
+    bool drainQueue(Dag& dag);
+    // Empties the move's lists once its nodes are committed or rolled back.
+    void endMove();
+
+    unsigned long long tNbViolatedConstraints = 0;
+    unsigned long long nbViolatedConstraints = 0;
+    long long tViolatedConstraintsCost = 0;
+    long long violatedConstraintsCost = 0;
+    // impacted[level * 4 + k]: pending nodes of priority class k (1..3).
+    std::vector<std::vector<unsigned int>> impacted;
+    std::vector<unsigned int> queue;
+    unsigned int queueHead = 0;
+    std::vector<unsigned int> modifiedVariables;
+    Bipartition activeConstraints;
+    Bipartition violatedConstraints;
+    Bipartition evalViolatedConstraints;
+    std::vector<unsigned int> priorities;
+    std::vector<DagListener*> listeners;
+    unsigned long long nbEvaluatedNodes = 0;
+
+    // Per node, level * 4 + priority class: the index of its impacted list,
+    // one read when a node is scheduled.
+    std::vector<unsigned int> slots;
+    // Cached from the fixed fields at init, read on every evaluation.
+    const unsigned int* constraintPositions = nullptr;
+    // Highest level holding scheduled nodes in this move: the passes stop
+    // there instead of walking every level of a deep graph.
+    unsigned int highestLevel = 0;
+    bool anyScheduled = false;
+};

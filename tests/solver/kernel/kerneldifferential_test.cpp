@@ -1,0 +1,388 @@
+// Randomized differential test of the incremental kernel: random graphs of
+// every node kind and arity, long random moves with random commit and
+// rollback, and after every step the whole graph compared with a
+// from-scratch evaluation, the bounds and a recount of the constraints.
+
+#include "solver/kernel/dag.h"
+#include "solver/kernel/nodetypeutils.h"
+#include "solver/kernel/propagation.h"
+#include "solver/kernel/quickrand.h"
+#include "testgraph.h"
+#include "referenceevaluator.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <set>
+
+namespace {
+
+using Range = std::pair<__int128, __int128>;
+
+// Values in generated graphs stay far below overflow, so the test's own
+// interval arithmetic is exact and the kernel's wrap-around never matters.
+constexpr __int128 MAGNITUDE_LIMIT = static_cast<__int128>(1) << 40;
+constexpr long long INTEGER_RANGE = 3;
+
+class RandomGraph {
+public:
+    RandomGraph(unsigned int seed, unsigned int maxArity) : random(seed), maxArity(maxArity) {
+        unsigned int nbBooleans = pick(6, 40);
+        for (unsigned int i = 0; i < nbBooleans; ++i) addLeaf(graph.boolean(), {0, 1});
+        for (unsigned int i = 0, n = pick(0, 2); i < n; ++i) addLeaf(graph.integer(), {-INTEGER_RANGE, INTEGER_RANGE});
+        for (long long value : {1LL, 2LL, -2LL, 5LL, 0LL}) addLeaf(graph.constant(value), {value, value});
+        unsigned int nbInner = pick(40, 140);
+        for (unsigned int i = 0; i < nbInner; ++i) addInner();
+        std::vector<unsigned int> candidates;
+        for (unsigned int node = firstInner; node < ranges.size(); ++node)
+            if (booleanDomain[node]) candidates.push_back(node);
+        std::shuffle(candidates.begin(), candidates.end(), random);
+        for (unsigned int k = 0, n = std::min<unsigned int>(pick(0, 4), candidates.size()); k < n; ++k)
+            graph.constraint(candidates[k]);
+        graph.objective(static_cast<unsigned int>(ranges.size()) - 1);
+        graph.objective(pick(firstInner, static_cast<unsigned int>(ranges.size()) - 1), Maximize);
+        graph.close();
+    }
+
+    TestGraph graph;
+    std::vector<Range> ranges;  // the test's own bounds, by node
+
+private:
+    unsigned int pick(unsigned int low, unsigned int high) {
+        return std::uniform_int_distribution<unsigned int>(low, high)(random);
+    }
+    long long coefficient() { return static_cast<long long>(pick(0, 6)) - 3; }
+
+    void addLeaf(unsigned int node, Range range) {
+        ranges.push_back(range);
+        booleanDomain.push_back(range.first >= 0 && range.second <= 1);
+        firstInner = static_cast<unsigned int>(ranges.size());
+    }
+
+    unsigned int arity() {
+        static const unsigned int TOPS[] = {8, 16, 32, 64, 256, 300};
+        if (pick(0, 9) < 6) return pick(1, std::min(8u, maxArity));
+        unsigned int k = pick(0, 5);
+        unsigned int low = k == 0 ? 1 : TOPS[k - 1] + 1;
+        return pick(std::min(low, maxArity), std::min(TOPS[k], maxArity));
+    }
+
+    // A random earlier node satisfying `accept`, favouring recent ones so
+    // that graphs get deep.
+    template <class Accept>
+    unsigned int child(Accept accept) {
+        unsigned int n = static_cast<unsigned int>(ranges.size());
+        for (int attempt = 0; attempt < 200; ++attempt) {
+            unsigned int node = pick(0, 1) ? pick(0, n - 1) : pick(n > 30 ? n - 30 : 0, n - 1);
+            if (accept(node)) return node;
+        }
+        return firstInner - 5;  // the constant 1: always acceptable here
+    }
+    unsigned int anyChild() { return child([](unsigned int) { return true; }); }
+
+    void addInner() {
+        for (;;) {
+            NodeType type = static_cast<NodeType>(pick(0, NB_NODE_TYPES - 1));
+            if (type == Boolean || type == Integer || type == Constant) continue;
+            std::vector<unsigned int> childs;
+            std::vector<long long> coefficients;
+            long long factor = 0;
+            fillChilds(type, childs, coefficients, factor);
+            Range range = rangeOf(type, childs, coefficients, factor);
+            if (range.second > MAGNITUDE_LIMIT || range.first < -MAGNITUDE_LIMIT) continue;
+            unsigned int node = graph.add(type, childs, coefficients);
+            if (type == Scalar) graph.temporary.setNodeScalar(node, factor);
+            ranges.push_back(range);
+            booleanDomain.push_back(range.first >= 0 && range.second <= 1);
+            return;
+        }
+    }
+
+    void fillChilds(NodeType type, std::vector<unsigned int>& childs, std::vector<long long>& coefficients,
+                    long long& factor) {
+        auto nonZero = [&](unsigned int node) { return ranges[node].first > 0 || ranges[node].second < 0; };
+        auto nonNegative = [&](unsigned int node) { return ranges[node].first >= 0; };
+        auto isBool = [&](unsigned int node) { return booleanDomain[node] != 0; };
+        auto small = [&](unsigned int node) { return ranges[node].first >= -2 && ranges[node].second <= 2; };
+        switch (type) {
+            case Abs: case Not: childs = {anyChild()}; break;
+            case Sqrt: childs = {child(nonNegative)}; break;
+            case Scalar: childs = {anyChild()}; factor = coefficient(); break;
+            case Divide: case Modulo: childs = {anyChild(), child(nonZero)}; break;
+            case If: childs = {anyChild(), anyChild(), anyChild()}; break;
+            case Distance: case Eq: case Neq: case Lt: case Leq: case Gt: case Geq:
+                childs = {anyChild(), anyChild()};
+                break;
+            default: {
+                unsigned int n = arity();
+                bool wide = type == Product || type == ScalarProduct;
+                for (unsigned int i = 0; i < n; ++i) {
+                    if (type == BooleanSum) childs.push_back(child(isBool));
+                    else if (wide) childs.push_back(child(small));
+                    else childs.push_back(anyChild());
+                    if (type == ScalarSum || type == ScalarMax || type == ScalarMin) coefficients.push_back(coefficient());
+                    if (type == ScalarProduct) coefficients.push_back(pick(0, 1) ? 1 : -1);
+                }
+            }
+        }
+    }
+
+    Range rangeOf(NodeType type, const std::vector<unsigned int>& c, const std::vector<long long>& k,
+                  long long factor) const {
+        auto r = [&](unsigned int i) { return ranges[c[i]]; };
+        auto scaled = [](Range x, __int128 f) {
+            return f >= 0 ? Range{x.first * f, x.second * f} : Range{x.second * f, x.first * f};
+        };
+        auto magnitude = [](Range x) { return std::max(x.first < 0 ? -x.first : x.first, x.second < 0 ? -x.second : x.second); };
+        switch (type) {
+            case Abs: {
+                Range x = r(0);
+                if (x.first >= 0) return x;
+                if (x.second <= 0) return {-x.second, -x.first};
+                return {0, magnitude(x)};
+            }
+            case Distance: {
+                __int128 m = std::max(r(1).second - r(0).first, r(0).second - r(1).first);
+                return {0, m};
+            }
+            case Scalar: return scaled(r(0), factor);
+            case Divide: case Modulo: return {-magnitude(r(0)), magnitude(r(0))};
+            case Sqrt:
+                return {static_cast<long long>(std::sqrt(static_cast<double>(r(0).first))),
+                        static_cast<long long>(std::sqrt(static_cast<double>(r(0).second)))};
+            case If: return {std::min(r(1).first, r(2).first), std::max(r(1).second, r(2).second)};
+            case Sum: case BooleanSum: case ScalarSum: {
+                Range total{0, 0};
+                for (unsigned int i = 0; i < c.size(); ++i) {
+                    Range x = type == ScalarSum ? scaled(r(i), k[i]) : r(i);
+                    total = {total.first + x.first, total.second + x.second};
+                }
+                return total;
+            }
+            case Product: case ScalarProduct: {
+                Range total{1, 1};
+                for (unsigned int i = 0; i < c.size(); ++i) {
+                    Range x = type == ScalarProduct ? scaled(r(i), k[i]) : r(i);
+                    __int128 corners[4] = {total.first * x.first, total.first * x.second,
+                                           total.second * x.first, total.second * x.second};
+                    total = {*std::min_element(corners, corners + 4), *std::max_element(corners, corners + 4)};
+                    if (magnitude(total) > MAGNITUDE_LIMIT) return total;
+                }
+                return total;
+            }
+            case Max: case Min: case ScalarMax: case ScalarMin: {
+                bool isMax = type == Max || type == ScalarMax;
+                Range total;
+                for (unsigned int i = 0; i < c.size(); ++i) {
+                    Range x = (type == ScalarMax || type == ScalarMin) ? scaled(r(i), k[i]) : r(i);
+                    if (i == 0) total = x;
+                    else if (isMax) total = {std::max(total.first, x.first), std::max(total.second, x.second)};
+                    else total = {std::min(total.first, x.first), std::min(total.second, x.second)};
+                }
+                return total;
+            }
+            default: return {0, 1};  // logic and comparisons
+        }
+    }
+
+    std::mt19937 random;
+    unsigned int maxArity;
+    unsigned int firstInner = 0;
+    std::vector<char> booleanDomain;
+};
+
+// Drives random moves on one graph and checks the whole state after each.
+struct RunStats {
+    unsigned int evaluated = 0, refused = 0, committed = 0, foundBooleans = 0;
+    // Node objects seen per n-ary type and subset representation (by arity).
+    std::set<std::pair<NodeType, unsigned int>> representations;
+};
+
+unsigned int representationOf(unsigned int nbChilds) {
+    static const unsigned int TOPS[] = {8, 16, 32, 64, 256, 65534};
+    unsigned int k = 0;
+    while (k < 6 && nbChilds > TOPS[k]) ++k;
+    return k;
+}
+
+class DifferentialRun {
+public:
+    // `ranges` are the test's own bounds of every node.
+    DifferentialRun(const TestGraph& graph, const std::vector<Range>& ranges, unsigned int seed, RunStats& stats)
+        : stats(stats), ranges(ranges), fixed(graph.fixed), dag(graph.makeDag()), propagation(dag->getPropagation()),
+          random(seed), committed(fixed.nbNodes(), 0) {
+        ReferenceEvaluator::evaluate(fixed, committed);
+        checkCommittedState();
+        for (unsigned int node = 0; node < fixed.nbNodes(); ++node)
+            if (NodeTypeUtils::isNodeInner(fixed.type(node)) && fixed.nbChilds(node) > 3)
+                stats.representations.insert({fixed.type(node), representationOf(fixed.nbChilds(node))});
+    }
+
+    void run(unsigned int nbSteps) {
+        for (unsigned int step = 0; step < nbSteps && !::testing::Test::HasFailure(); ++step) {
+            SCOPED_TRACE("step " + std::to_string(step));
+            if (random() % 64 == 0) propagation.desactivateAllConstraints();
+            std::vector<long long> proposed = committed;
+            std::vector<char> touched(fixed.nbNodes(), 0);
+            for (unsigned int k = 0, n = 1 + random() % 4; k < n; ++k) {
+                unsigned int variable = fixed.variables()[random() % fixed.nbVariables()];
+                long long value = fixed.type(variable) == Boolean
+                                      ? 1 - committed[variable]
+                                      : static_cast<long long>(random() % (2 * INTEGER_RANGE + 1)) - INTEGER_RANGE;
+                propagation.modifyVariable(*dag, variable, value);
+                // Only the first real change of a variable in a move counts.
+                if (!touched[variable] && value != committed[variable]) {
+                    proposed[variable] = value;
+                    touched[variable] = 1;
+                }
+            }
+            ReferenceEvaluator::evaluate(fixed, proposed);
+            bool breaksActive = false;
+            for (unsigned int node : fixed.constraints())
+                if (propagation.isConstraintActive(*dag, node) && proposed[node] == 0) breaksActive = true;
+            bool evaluated = propagation.eval(*dag);
+            ASSERT_EQ(evaluated, !breaksActive);
+            ++(evaluated ? stats.evaluated : stats.refused);
+            if (evaluated) checkEvaluatedState(proposed);
+            if (evaluated && random() % 2 == 0) {
+                propagation.commit(*dag);
+                committed = proposed;
+                ++stats.committed;
+            } else {
+                propagation.rollback(*dag);
+            }
+            checkCommittedState();
+            exerciseFinds();
+        }
+    }
+
+private:
+    void checkEvaluatedState(const std::vector<long long>& proposed) {
+        long long cost = 0;
+        for (unsigned int node = 0; node < fixed.nbNodes(); ++node)
+            ASSERT_EQ(dag->newValue(node), proposed[node]) << "node " << node << " " << dag->getNode(node)->toString();
+        for (unsigned int node : fixed.constraints()) cost += ReferenceEvaluator::violation(fixed, node, proposed);
+        ASSERT_EQ(propagation.getTViolatedConstraintsCost(), cost);
+    }
+
+    void checkCommittedState() {
+        long long cost = 0;
+        unsigned int nbViolated = 0;
+        for (unsigned int node = 0; node < fixed.nbNodes(); ++node) {
+            ASSERT_EQ(dag->currentValue(node), committed[node]) << "node " << node << " " << dag->getNode(node)->toString();
+            ASSERT_EQ(dag->newValue(node), committed[node]);
+            ASSERT_FALSE(dag->isModified(node));
+            ASSERT_GE(committed[node], fixed.lowerBound(node)) << "node " << node;
+            ASSERT_LE(committed[node], fixed.upperBound(node)) << "node " << node << " " << dag->getNode(node)->toString();
+            ASSERT_GE(committed[node], ranges[node].first) << "node " << node;
+            ASSERT_LE(committed[node], ranges[node].second) << "node " << node;
+        }
+        for (unsigned int k = 0; k < fixed.nbConstraints(); ++k) {
+            unsigned int node = fixed.constraints()[k];
+            cost += ReferenceEvaluator::violation(fixed, node, committed);
+            ASSERT_EQ(propagation.getViolatedConstraints().isIn(k), committed[node] == 0);
+            if (committed[node] == 0) ++nbViolated;
+        }
+        ASSERT_EQ(propagation.getViolatedConstraintsCost(), cost);
+        ASSERT_EQ(propagation.getTViolatedConstraintsCost(), cost);
+        ASSERT_EQ(propagation.getViolatedConstraints().sizeIn(), nbViolated);
+        // Feasible means hard: a zero cost leaves no constraint soft.
+        if (cost == 0 && propagation.getActiveConstraints().sizeOut() != 0) {
+            ASSERT_TRUE(propagation.getModifiedVariables().empty());
+        }
+        ASSERT_NO_THROW(dag->check());
+        ASSERT_NO_THROW(propagation.check(*dag));
+    }
+
+    // The search helpers must name a boolean decision, and a variable only
+    // in a direction it can move.
+    void exerciseFinds() {
+        Quickrand rand(static_cast<unsigned int>(random()));
+        for (int k = 0; k < 4; ++k) {
+            unsigned int node = random() % fixed.nbNodes();
+            unsigned int boolean = KernelConstants::NO_NODE;
+            bool increase = random() % 2 == 0;
+            Node* object = dag->getNode(node);
+            bool found = increase ? object->findIncreasingBoolean(*dag, rand, boolean, node)
+                                  : object->findDecreasingBoolean(*dag, rand, boolean, node);
+            if (!found) continue;
+            ++stats.foundBooleans;
+            ASSERT_LT(boolean, fixed.nbNodes());
+            ASSERT_EQ(fixed.type(boolean), Boolean);
+            if (fixed.type(node) == Boolean) {
+                ASSERT_EQ(committed[boolean], increase ? 0 : 1);
+            }
+        }
+    }
+
+    RunStats& stats;
+    const std::vector<Range>& ranges;
+    const DagFixedFields& fixed;
+    std::unique_ptr<Dag> dag;
+    Propagation& propagation;
+    std::mt19937 random;
+    std::vector<long long> committed;  // reference values of the committed state
+};
+
+RunStats runSeeds(unsigned int firstSeed, unsigned int nbSeeds, unsigned int maxArity, unsigned int nbSteps) {
+    RunStats stats;
+    for (unsigned int seed = firstSeed; seed < firstSeed + nbSeeds && !::testing::Test::HasFailure(); ++seed) {
+        SCOPED_TRACE("graph seed " + std::to_string(seed));
+        RandomGraph graph(seed, maxArity);
+        DifferentialRun run(graph.graph, graph.ranges, seed * 7919u + 1, stats);
+        run.run(nbSteps);
+    }
+    // The runs must have gone through every path they are meant to check.
+    EXPECT_GT(stats.committed, nbSeeds * nbSteps / 4);
+    EXPECT_GT(stats.refused, 0u);
+    EXPECT_GT(stats.foundBooleans, nbSeeds);
+    return stats;
+}
+
+}  // namespace
+
+TEST(KernelDifferentialTest, SmallOperatorsManyMoves) { runSeeds(1, 60, 8, 400); }
+
+TEST(KernelDifferentialTest, EveryArityUpTo300) {
+    RunStats stats = runSeeds(1000, 40, 300, 300);
+    // Every n-ary family in every representation up to 300 children.
+    for (NodeType type : {And, BooleanSum, Max, Min, Or, Product, ScalarMax, ScalarMin, ScalarProduct,
+                          ScalarSum, Sum, Xor})
+        for (unsigned int representation = 0; representation < 6; ++representation)
+            EXPECT_TRUE(stats.representations.count({type, representation}))
+                << NodeTypeUtils::toString(type) << " representation " << representation;
+}
+
+// Operators wider than 65534 children take the sparse set with 32-bit
+// entries; the random graphs stop at 300, so one graph holds one node of
+// every n-ary family at that width.
+TEST(KernelDifferentialTest, EveryFamilyBeyond65534Children) {
+    const unsigned int n = 65600;
+    TestGraph graph;
+    std::vector<unsigned int> booleans;
+    std::vector<long long> unit, signs;
+    for (unsigned int i = 0; i < n; ++i) {
+        booleans.push_back(graph.boolean());
+        unit.push_back(1);
+        signs.push_back(i % 3 == 0 ? -1 : 1);
+    }
+    std::vector<unsigned int> families;
+    for (NodeType type : {And, BooleanSum, Max, Min, Or, Product, Sum, Xor})
+        families.push_back(graph.add(type, booleans));
+    for (NodeType type : {ScalarMax, ScalarMin, ScalarSum})
+        families.push_back(graph.add(type, booleans, signs));
+    families.push_back(graph.add(ScalarProduct, booleans, unit));
+    unsigned int anyFalse = graph.add(Not, {families[0]});
+    graph.constraint(anyFalse);
+    graph.objective(families[6]);
+    const DagFixedFields& fixed = graph.close();
+    std::vector<Range> ranges;
+    for (unsigned int node = 0; node < fixed.nbNodes(); ++node)
+        ranges.push_back({fixed.lowerBound(node), fixed.upperBound(node)});
+    RunStats stats;
+    DifferentialRun run(graph, ranges, 17, stats);
+    run.run(60);
+    EXPECT_GT(stats.committed, 10u);
+}
