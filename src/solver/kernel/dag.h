@@ -24,6 +24,8 @@ private:
 // One search thread's graph: the changing part over shared fixed fields.
 // Values are flat arrays by node number: `current` is the committed state,
 // `new` the state a move is evaluating. Not thread-safe; one Dag per thread.
+class Solution;
+
 class Dag {
 public:
     explicit Dag(const DagFixedFields& fixedFields);
@@ -52,6 +54,14 @@ public:
     void setCurrentValue(unsigned int node, long long value) { values[2 * static_cast<std::size_t>(node)] = value; }
     void setNewValue(unsigned int node, long long value) { values[2 * static_cast<std::size_t>(node) + 1] = value; }
 
+    // Stored solutions (defined with Solution). A registered solution is told
+    // of every committed variable change so it can be saved incrementally.
+    void addSolutionToNotify(Solution& solution);
+    void removeSolutionToNotify(Solution& solution);
+    void saveSolution(Solution& solution) const;
+    void saveSolutionIncrementally(Solution& solution) const;
+    void loadSolution(const Solution& solution);
+
     // The per-node flag of nodes scheduled in the current move.
     bool isModified(unsigned int node) const { return modifiedFlags[node] != 0; }
     void setModified(unsigned int node) { modifiedFlags[node] = 1; }
@@ -59,6 +69,7 @@ public:
 
 private:
     void mallocNodes();
+    void saveObjectives(Solution& solution) const;
 
     const DagFixedFields& fixed;
     Propagation propagation;

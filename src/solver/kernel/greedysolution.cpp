@@ -1,0 +1,34 @@
+#include "solver/kernel/greedysolution.h"
+
+#include "api/kernelexception.h"
+#include "solver/kernel/bipartition.h"
+#include "solver/kernel/dag.h"
+
+bool GreedySolution::computeSolution(Dag* dag) const {
+    if (!dag->isInit())
+        throw KernelException("src/solver/kernel/greedysolution", __LINE__, "computeSolution",
+                              "The dag must be initialized.");
+    Propagation& propagation = dag->getPropagation();
+    const DagFixedFields& fixed = dag->getFixedFields();
+    propagation.activateAllSatisfiedConstraints(*dag);
+    if (propagation.getViolatedConstraints().sizeIn() == 0 && !solutionForced) return true;
+
+    Bipartition visited(fixed.nbVariables());
+    while (visited.sizeOut() != 0) {
+        unsigned int rank = visited.getRandomOut(*quickrand);
+        visited.setIn(rank);
+        unsigned int variable = fixed.variables()[rank];
+        if (dag->currentValue(variable) == 1) continue;
+        propagation.modifyVariable(*dag, variable, 1);
+        bool evaluated = propagation.eval(*dag);
+        if (evaluated &&
+            propagation.getEvalViolatedConstraints().sizeIn() <= propagation.getViolatedConstraints().sizeIn()) {
+            propagation.commit(*dag);
+            propagation.activateAllSatisfiedConstraints(*dag);
+        } else {
+            propagation.rollback(*dag);
+        }
+    }
+    propagation.check(*dag);
+    return propagation.getActiveConstraints().sizeOut() == 0;
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+class Dag;
+class Quickrand;
+
+// The starting point of a search when the given values leave a constraint
+// violated: every decision variable is visited once in random order and
+// raised to 1 when that does not increase the number of violated
+// constraints. Suits models whose constraints are met by choosing items.
+class GreedySolution {
+public:
+    explicit GreedySolution(Quickrand* quickrand) : quickrand(quickrand) {}
+
+    void setQuickrand(Quickrand* rand) { quickrand = rand; }
+    Quickrand* getQuickrand() const { return quickrand; }
+    // Runs the greedy pass even when the current values are feasible.
+    void setSolutionForced(bool forced) { solutionForced = forced; }
+    bool isSolutionForced() const { return solutionForced; }
+
+    // True when the Dag ends with every constraint active (feasible).
+    bool computeSolution(Dag* dag) const;
+
+private:
+    Quickrand* quickrand;
+    bool solutionForced = false;
+};
