@@ -1,0 +1,101 @@
+#include "solver/move/autonomousfixedfields.h"
+
+#include "solver/kernel/dagfixedfields.h"
+
+AutonomousFixedFields::AutonomousFixedFields(const DagFixedFields& fixed)
+    : fixed(fixed), rootBools(fixed.nbBooleans()), rootSumIndices(fixed.nbNodes(), KernelConstants::NO_NODE) {
+    initRootSums();
+    initBoolsToRootSums();
+    initFreeBooleans();
+    initMonoConstrainedBooleans();
+}
+
+bool AutonomousFixedFields::isRootBool(const DagFixedFields& fixed, unsigned int node) {
+    if (fixed.type(node) == Boolean) return true;
+    return fixed.type(node) == Scalar && fixed.type(fixed.child(node, 0)) == Boolean && fixed.constant(node) != 0;
+}
+
+bool AutonomousFixedFields::isRootSum(const DagFixedFields& fixed, unsigned int node) {
+    NodeType type = fixed.type(node);
+    if (type != Sum && type != BooleanSum && type != ScalarSum) return false;
+    unsigned int count = 0;
+    for (unsigned int i = 0; i < fixed.nbChilds(node) && count < 2; ++i)
+        if (isRootBool(fixed, fixed.child(node, i))) ++count;
+    return count >= 2;
+}
+
+void AutonomousFixedFields::initRootSums() {
+    // Whether a constraint lies at or above each node: parents have higher
+    // ranks, so one pass from the top rank down settles it.
+    std::vector<char> underConstraint(fixed.nbNodes(), 0);
+    for (unsigned int level = fixed.nbRanks(); level-- > 0;) {
+        const unsigned int* nodes = fixed.nodesOfRank(level);
+        for (unsigned int k = 0; k < fixed.nbNodesOfRank(level); ++k) {
+            unsigned int node = nodes[k];
+            bool constrained = fixed.posInConstraints(node) != KernelConstants::NO_NODE;
+            for (unsigned int p = 0; p < fixed.nbParents(node) && !constrained; ++p)
+                constrained = underConstraint[fixed.parent(node, p)] != 0;
+            underConstraint[node] = constrained;
+        }
+    }
+    for (int pass = 0; pass < 2; ++pass) {
+        for (unsigned int node = 0; node < fixed.nbNodes(); ++node) {
+            if ((underConstraint[node] != 0) != (pass == 1) || !isRootSum(fixed, node)) continue;
+            if (addRootSum(node) && pass == 1) balanceNodes.push_back(node);
+        }
+        if (pass == 0) nbFreeRootSums = static_cast<unsigned int>(rootSums.size());
+    }
+}
+
+bool AutonomousFixedFields::addRootSum(unsigned int node) {
+    RootSum sum{node, {}, {}};
+    for (unsigned int i = 0; i < fixed.nbChilds(node); ++i) {
+        unsigned int child = fixed.child(node, i);
+        if (!isRootBool(fixed, child)) continue;
+        long long coefficient = fixed.type(node) == ScalarSum ? fixed.coefficient(node, i) : 1;
+        unsigned int boolean = child;
+        if (fixed.type(child) == Scalar) {
+            coefficient *= fixed.constant(child);
+            boolean = fixed.child(child, 0);
+        }
+        // A boolean met twice counts once, with its total effect.
+        unsigned int j = 0;
+        while (j < sum.booleans.size() && sum.booleans[j] != boolean) ++j;
+        if (j == sum.booleans.size()) {
+            sum.booleans.push_back(boolean);
+            sum.coefficients.push_back(coefficient);
+        } else {
+            sum.coefficients[j] += coefficient;
+        }
+    }
+    for (std::size_t j = sum.booleans.size(); j-- > 0;) {
+        if (sum.coefficients[j] != 0) continue;
+        sum.booleans.erase(sum.booleans.begin() + j);
+        sum.coefficients.erase(sum.coefficients.begin() + j);
+    }
+    if (sum.booleans.size() < 2) return false;
+    rootSumIndices[node] = static_cast<unsigned int>(rootSums.size());
+    rootSums.push_back(std::move(sum));
+    return true;
+}
+
+void AutonomousFixedFields::initBoolsToRootSums() {
+    for (unsigned int s = 0; s < rootSums.size(); ++s) {
+        const RootSum& sum = rootSums[s];
+        for (unsigned int j = 0; j < sum.booleans.size(); ++j) {
+            RootBool& rootBool = rootBools[fixed.variableIndex(sum.booleans[j])];
+            rootBool.entries.push_back({s, j});
+            if (s < nbFreeRootSums) ++rootBool.nbFree;
+        }
+    }
+}
+
+void AutonomousFixedFields::initFreeBooleans() {
+    for (unsigned int r = 0; r < fixed.nbBooleans(); ++r)
+        if (rootBools[r].isFree()) freeBooleans.push_back(fixed.variables()[r]);
+}
+
+void AutonomousFixedFields::initMonoConstrainedBooleans() {
+    for (unsigned int r = 0; r < fixed.nbBooleans(); ++r)
+        if (rootBools[r].isMonoConstrained()) monoConstrainedBooleans.push_back(fixed.variables()[r]);
+}

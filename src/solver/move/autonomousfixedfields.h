@@ -1,0 +1,87 @@
+#pragma once
+
+#include <vector>
+
+class DagFixedFields;
+
+// Where one boolean decision stands in the root sums: the sums it takes part
+// in with its entry in each, and how many of those sums are free (no
+// constraint above them).
+class RootBool {
+public:
+    struct Entry {
+        unsigned int sum;       // index among the root sums
+        unsigned int position;  // index among that sum's root bools
+    };
+
+    const std::vector<Entry>& getEntries() const { return entries; }
+    unsigned int getNbRootSums() const { return static_cast<unsigned int>(entries.size()); }
+    unsigned int getNbFreeRootSums() const { return nbFree; }
+    // Flipping it moves no constrained sum.
+    bool isFree() const { return nbFree == entries.size(); }
+    // At most one constrained sum: a swap inside that sum keeps it level.
+    bool isMonoConstrained() const { return !entries.empty() && entries.size() - nbFree < 2; }
+
+private:
+    friend class AutonomousFixedFields;
+    std::vector<Entry> entries;
+    unsigned int nbFree = 0;
+};
+
+// A sum over at least two booleans (directly or through a nonzero scalar):
+// each root bool with the coefficient its flip from 0 to 1 adds to the sum.
+struct RootSum {
+    unsigned int node;
+    std::vector<unsigned int> booleans;
+    std::vector<long long> coefficients;
+};
+
+// The sum structure that the moves search, derived once from the fixed
+// fields and shared read-only by the threads.
+//
+// Classification: a root sum is free when no constraint lies above it in
+// the graph (it only feeds objectives), constrained otherwise. The free ones
+// come first in the list (the first of the two passes that gather them).
+// A boolean whose sums are all free can be flipped without disturbing any
+// constraint through a sum; one with a single constrained sum can be swapped
+// against an opposite boolean of that sum so that the sum keeps its value.
+class AutonomousFixedFields {
+public:
+    explicit AutonomousFixedFields(const DagFixedFields& fixed);
+
+    static bool isRootBool(const DagFixedFields& fixed, unsigned int node);
+    // A sum kind with at least two root-bool children.
+    static bool isRootSum(const DagFixedFields& fixed, unsigned int node);
+
+    const DagFixedFields& getFixedFields() const { return fixed; }
+    const RootBool& getRootBool(unsigned int booleanRank) const { return rootBools[booleanRank]; }
+    const std::vector<RootSum>& getRootSums() const { return rootSums; }
+    unsigned int getNbRootSums() const { return static_cast<unsigned int>(rootSums.size()); }
+    unsigned int getNbFreeRootSums() const { return nbFreeRootSums; }
+    // Index among the root sums of a node, NO_NODE when it is not one.
+    unsigned int rootSumIndex(unsigned int node) const { return rootSumIndices[node]; }
+    const std::vector<unsigned int>& getFreeBooleans() const { return freeBooleans; }
+    const std::vector<unsigned int>& getMonoConstrainedBooleans() const { return monoConstrainedBooleans; }
+    // Nodes that can offer a boolean in each direction and whose value a
+    // constraint watches: the constrained root sums.
+    const std::vector<unsigned int>& getBalanceNodes() const { return balanceNodes; }
+    unsigned int getNbBalanceNodes() const { return static_cast<unsigned int>(balanceNodes.size()); }
+
+private:
+    void initRootSums();
+    void initBoolsToRootSums();
+    void initFreeBooleans();
+    void initMonoConstrainedBooleans();
+    // Adds the root bools of a sum node, merging repeated booleans; false
+    // when fewer than two remain.
+    bool addRootSum(unsigned int node);
+
+    const DagFixedFields& fixed;
+    std::vector<RootBool> rootBools;
+    std::vector<RootSum> rootSums;
+    unsigned int nbFreeRootSums = 0;
+    std::vector<unsigned int> rootSumIndices;
+    std::vector<unsigned int> freeBooleans;
+    std::vector<unsigned int> monoConstrainedBooleans;
+    std::vector<unsigned int> balanceNodes;
+};

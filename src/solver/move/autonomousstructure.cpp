@@ -1,0 +1,75 @@
+#include "solver/move/autonomousstructure.h"
+
+#include "solver/kernel/dag.h"
+#include "solver/kernel/quickrand.h"
+
+AutonomousStructure::AutonomousStructure(Dag& dag, const AutonomousFixedFields& fixedFields)
+    : dag(dag), fixedFields(fixedFields), increasing(fixedFields.getNbRootSums()) {
+    const std::vector<RootSum>& sums = fixedFields.getRootSums();
+    for (unsigned int s = 0; s < sums.size(); ++s) {
+        increasing[s].init(static_cast<unsigned int>(sums[s].booleans.size()));
+        for (unsigned int j = 0; j < sums[s].booleans.size(); ++j)
+            setDirection(s, j, dag.currentValue(sums[s].booleans[j]));
+    }
+    dag.getPropagation().connectListener(this);
+}
+
+AutonomousStructure::~AutonomousStructure() { dag.getPropagation().disconnectListener(this); }
+
+void AutonomousStructure::setDirection(unsigned int sum, unsigned int position, long long value) {
+    // Flipping from 0 adds the coefficient, flipping from 1 removes it.
+    bool up = (value == 0) == (fixedFields.getRootSums()[sum].coefficients[position] > 0);
+    if (up) increasing[sum].setIn(position);
+    else increasing[sum].setOut(position);
+}
+
+void AutonomousStructure::notifyCommit() {
+    const DagFixedFields& fixed = dag.getFixedFields();
+    for (unsigned int node : dag.getPropagation().getModifiedVariables()) {
+        if (fixed.type(node) != Boolean) continue;
+        long long value = dag.currentValue(node);
+        for (const RootBool::Entry& entry : fixedFields.getRootBool(fixed.variableIndex(node)).getEntries())
+            setDirection(entry.sum, entry.position, value);
+    }
+}
+
+bool AutonomousStructure::getObjToBeImproved(const Dag& dag, unsigned int nbObjectives,
+                                             unsigned int& objective) const {
+    const DagFixedFields& fixed = dag.getFixedFields();
+    for (unsigned int i = 0; i < nbObjectives; ++i) {
+        unsigned int node = fixed.objectives()[i];
+        long long value = dag.currentValue(node);
+        bool atBound = fixed.directions()[i] == Maximize ? value >= fixed.upperBound(node)
+                                                          : value <= fixed.lowerBound(node);
+        if (!atBound) {
+            objective = i;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool AutonomousStructure::pickImprovingBoolean(const Dag& dag, Quickrand& rand, unsigned int& boolean) const {
+    unsigned int objective = 0;
+    if (!getObjToBeImproved(dag, static_cast<unsigned int>(dag.getFixedFields().objectives().size()), objective))
+        return false;
+    return pickImprovingBooleanForObjective(dag, rand, objective, boolean);
+}
+
+bool AutonomousStructure::pickImprovingBooleanForObjective(const Dag& dag, Quickrand& rand, unsigned int objective,
+                                                           unsigned int& boolean) const {
+    const DagFixedFields& fixed = dag.getFixedFields();
+    unsigned int node = fixed.objectives()[objective];
+    Node* object = dag.getNode(node);
+    return fixed.directions()[objective] == Maximize ? object->findIncreasingBoolean(dag, rand, boolean, node)
+                                                     : object->findDecreasingBoolean(dag, rand, boolean, node);
+}
+
+unsigned int AutonomousStructure::getOppositeBool(unsigned int variable, unsigned int entry, Quickrand& rand) const {
+    const DagFixedFields& fixed = dag.getFixedFields();
+    const RootBool::Entry& e = fixedFields.getRootBool(fixed.variableIndex(variable)).getEntries()[entry];
+    const Bipartition& bools = increasing[e.sum];
+    unsigned int position = bools.isIn(e.position) ? bools.getRandomOut(rand) : bools.getRandomIn(rand);
+    if (position == Bipartition::NONE) return KernelConstants::NO_NODE;
+    return fixedFields.getRootSums()[e.sum].booleans[position];
+}

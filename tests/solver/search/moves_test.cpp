@@ -1,0 +1,195 @@
+#include "solver/kernel/dag.h"
+#include "solver/kernel/move.h"
+#include "solver/kernel/quickrand.h"
+#include "solver/move/autonomousfixedfields.h"
+#include "solver/move/autonomousstructure.h"
+#include "solver/move/movekbalance.h"
+#include "solver/move/movekflip.h"
+#include "solver/move/movekswap.h"
+#include "solver/move/movesimplekflip.h"
+#include "searchmodels.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace {
+// Ten booleans whose count must stay exactly 5, a weighted objective over
+// them, and two booleans that the objective sees through a maximum (in no
+// sum: free).
+struct Exactly5 {
+    Exactly5() {
+        for (int i = 0; i < 10; ++i) picks.push_back(g.boolean());
+        a = g.boolean();
+        b = g.boolean();
+        count = g.add(BooleanSum, picks);
+        g.constraint(g.add(Eq, {count, g.constant(5)}));
+        value = g.add(ScalarSum, picks, {5, 3, 8, 1, 9, 2, 7, 4, 6, 10});
+        g.objective(g.add(Sum, {value, g.add(Max, {a, b})}), Maximize);
+        g.close();
+        dag = g.makeDag({1, 1, 1, 1, 1, 0, 0, 0, 0, 0});
+        autonomous = std::make_unique<AutonomousFixedFields>(g.fixed);
+        structure = std::make_unique<AutonomousStructure>(*dag, *autonomous);
+    }
+    // Applies the move `n` times, committing every other accepted one; the
+    // count must stay 5 and every flipped variable must satisfy `allowed`.
+    template <class Allowed>
+    void exercise(Move& move, unsigned int n, Allowed allowed, unsigned int& nbFlipped) {
+        Propagation& p = dag->getPropagation();
+        for (unsigned int i = 0; i < n; ++i) {
+            ASSERT_TRUE(move.modify());
+            for (unsigned int v : p.getModifiedVariables()) ASSERT_TRUE(allowed(v)) << "variable " << v;
+            nbFlipped += static_cast<unsigned int>(p.getModifiedVariables().size());
+            ASSERT_TRUE(move.eval()) << move.getName() << " broke the count";
+            move.update(i % 2 ? MoveAccepted : MoveRejected);
+            ASSERT_EQ(dag->currentValue(count), 5);
+        }
+    }
+
+    TestGraph g;
+    std::vector<unsigned int> picks;
+    unsigned int a, b, count, value;
+    std::unique_ptr<Dag> dag;
+    std::unique_ptr<AutonomousFixedFields> autonomous;
+    std::unique_ptr<AutonomousStructure> structure;
+    Quickrand rand{11};
+};
+}  // namespace
+
+TEST(AutonomousFixedFieldsTest, ClassifiesSumsAndBooleans) {
+    // x0..x3 in a constrained weight sum and the free value sum; y in two
+    // constrained sums; z only in the objective; w in no sum.
+    TestGraph g;
+    std::vector<unsigned int> x;
+    for (int i = 0; i < 4; ++i) x.push_back(g.boolean());
+    unsigned int y = g.boolean(), z = g.boolean(), w = g.boolean();
+    unsigned int weight = g.add(ScalarSum, {x[0], x[1], x[2], x[3], y}, {2, 3, 4, 5, 1});
+    unsigned int other = g.add(Sum, {y, g.scalar(-2, x[0]), g.scalar(0, x[1])});
+    unsigned int value = g.add(Sum, {x[0], x[1], x[2], x[3], z, z});
+    g.constraint(g.add(Leq, {weight, g.constant(7)}));
+    g.constraint(g.add(Geq, {other, g.constant(0)}));
+    g.objective(g.add(Sum, {value, w}), Maximize);
+    const DagFixedFields& fixed = g.close();
+    AutonomousFixedFields a(fixed);
+
+    ASSERT_EQ(a.getNbRootSums(), 3u);
+    EXPECT_EQ(a.getNbFreeRootSums(), 1u);
+    EXPECT_EQ(a.getRootSums()[0].node, value);  // free sums first
+    EXPECT_EQ(a.rootSumIndex(weight), 1u);
+    EXPECT_EQ(a.rootSumIndex(other), 2u);
+    EXPECT_EQ(a.getBalanceNodes(), (std::vector<unsigned int>{weight, other}));
+    // z met twice counts once with coefficient 2; the scalar factors carry.
+    const RootSum& v = a.getRootSums()[0];
+    EXPECT_EQ(v.booleans, (std::vector<unsigned int>{x[0], x[1], x[2], x[3], z}));
+    EXPECT_EQ(v.coefficients.back(), 2);
+    // The zero-factor scalar is no root bool: other holds y and x0 (-2).
+    EXPECT_EQ(a.getRootSums()[2].booleans, (std::vector<unsigned int>{y, x[0]}));
+    EXPECT_EQ(a.getRootSums()[2].coefficients, (std::vector<long long>{1, -2}));
+
+    auto rootBool = [&](unsigned int node) { return a.getRootBool(fixed.variableIndex(node)); };
+    EXPECT_FALSE(rootBool(x[1]).isFree());
+    EXPECT_TRUE(rootBool(x[1]).isMonoConstrained());
+    EXPECT_FALSE(rootBool(x[0]).isMonoConstrained());  // weight and other
+    EXPECT_FALSE(rootBool(y).isMonoConstrained());
+    EXPECT_TRUE(rootBool(z).isFree());
+    EXPECT_TRUE(rootBool(w).isFree());
+    EXPECT_FALSE(rootBool(w).isMonoConstrained());  // no sum at all
+    EXPECT_EQ(a.getFreeBooleans(), (std::vector<unsigned int>{z, w}));
+    EXPECT_EQ(a.getMonoConstrainedBooleans(), (std::vector<unsigned int>{x[1], x[2], x[3], z}));
+    EXPECT_TRUE(MoveKFlip::isValidK(2, a));
+    EXPECT_FALSE(MoveKFlip::isValidK(3, a));
+    EXPECT_TRUE(MoveKSwap::isValidK(2, a));
+    EXPECT_FALSE(MoveKSwap::isValidK(3, a));
+    EXPECT_TRUE(MoveKBalance::isValidK(2, a));
+    EXPECT_FALSE(MoveKBalance::isValidK(3, a));
+}
+
+TEST(MoveTest, SwapsAndBalancesKeepAnEqualitySumLevel) {
+    Exactly5 m;
+    ASSERT_EQ(m.dag->getPropagation().getActiveConstraints().sizeOut(), 0u);
+    auto inPicks = [&](unsigned int v) { return v < 10; };
+    for (unsigned int k = 1; k <= 2; ++k) {
+        for (unsigned int targeting : {0u, 50u, 100u}) {
+            SCOPED_TRACE("k " + std::to_string(k) + " targeting " + std::to_string(targeting));
+            MoveKSwap swap(*m.dag, m.rand, *m.structure, k, 1, targeting);
+            unsigned int flipped = 0;
+            m.exercise(swap, 300, inPicks, flipped);
+            // With no targeting a 1-swap picks k - 1 = 0 booleans: nothing.
+            if (k == 1 && targeting == 0) EXPECT_EQ(flipped, 0u);
+            else EXPECT_GT(flipped, 100u);
+        }
+        MoveKBalance balance(*m.dag, m.rand, *m.structure, 1, 1);
+        unsigned int flipped = 0;
+        m.exercise(balance, 300, inPicks, flipped);
+        EXPECT_EQ(flipped, 600u);  // one pair each time
+    }
+    // A plain flip of a constrained boolean is refused by the hard equality.
+    MoveSimpleKFlip simple(*m.dag, m.rand, 1, 1);
+    unsigned int refused = 0;
+    for (int i = 0; i < 50; ++i) {
+        ASSERT_TRUE(simple.modify());
+        bool evaluated = simple.eval();
+        refused += !evaluated;
+        simple.update(evaluated ? MoveRejected : MoveInfeasible);
+    }
+    EXPECT_GT(refused, 20u);
+    EXPECT_EQ(simple.getNbInfeasibles(), refused);
+    EXPECT_EQ(simple.getNbAttempted(), 50u);
+}
+
+TEST(MoveTest, FlipsTouchOnlyFreeBooleansAndTargetingFollowsTheObjective) {
+    Exactly5 m;
+    auto isFree = [&](unsigned int v) { return v == m.a || v == m.b; };
+    unsigned int flipped = 0;
+    MoveKFlip flip2(*m.dag, m.rand, *m.structure, 2, 1, 0);
+    m.exercise(flip2, 40, isFree, flipped);
+    EXPECT_EQ(flipped, 80u);
+    // Always targeted: the objective asks for a boolean that raises it, and
+    // a free one is flipped on top of k - 1 random ones.
+    MoveKFlip targeted(*m.dag, m.rand, *m.structure, 1, 1, 100);
+    unsigned int raised = 0;
+    for (int i = 0; i < 40; ++i) {
+        ASSERT_TRUE(targeted.modify());
+        for (unsigned int v : m.dag->getPropagation().getModifiedVariables()) {
+            ASSERT_TRUE(isFree(v));
+            raised += m.dag->currentValue(v) == 0;
+        }
+        ASSERT_TRUE(targeted.eval());
+        targeted.update(MoveRejected);
+    }
+    EXPECT_GT(raised, 0u);
+    MoveKFlip tooMany(*m.dag, m.rand, *m.structure, 3, 1, 0);
+    EXPECT_FALSE(tooMany.modify());
+}
+
+TEST(MoveTest, CountersNamesAndRefusals) {
+    Exactly5 m;
+    MoveSimpleKFlip simple(*m.dag, m.rand, 13, 2);
+    EXPECT_EQ(simple.getName(), "13-SimpleFlip");
+    EXPECT_FALSE(simple.modify());  // 12 booleans only
+    EXPECT_FLOAT_EQ(simple.getAcceptedRatio(), 1.0f);
+    MoveKSwap swap(*m.dag, m.rand, *m.structure, 3, 1, 0);
+    EXPECT_EQ(swap.getName(), "3-Swap");
+    EXPECT_EQ(kernelErrorOf([&] { MoveKFlip(*m.dag, m.rand, *m.structure, 1, 1, 101); }), "Bad argument value.");
+
+    MoveKBalance balance(*m.dag, m.rand, *m.structure, 1, 4);
+    for (MoveExitCode code : {MoveRejected, MoveInfeasible, MoveAccepted, MoveImproved, MoveImproved}) {
+        ASSERT_TRUE(balance.modify());
+        ASSERT_TRUE(balance.eval());
+        long long before = m.dag->currentValue(m.value);
+        long long tentative = m.dag->newValue(m.value);
+        balance.update(code);
+        bool kept = code == MoveAccepted || code == MoveImproved;
+        EXPECT_EQ(m.dag->currentValue(m.value), kept ? tentative : before);
+    }
+    EXPECT_EQ(balance.getNbAttempted(), 5u);
+    EXPECT_EQ(balance.getNbRejected(), 1u);
+    EXPECT_EQ(balance.getNbInfeasibles(), 1u);
+    EXPECT_EQ(balance.getNbAccepted(), 3u);
+    EXPECT_EQ(balance.getNbImprovements(), 2u);
+    EXPECT_FLOAT_EQ(balance.getAcceptedRatio(), 0.6f);
+    EXPECT_FLOAT_EQ(balance.getImprovementRatio(), 0.4f);
+    balance.clearStats();
+    EXPECT_EQ(balance.getNbAttempted(), 0u);
+    EXPECT_EQ(balance.getUtilRate(), 4u);
+}
