@@ -386,3 +386,173 @@ TEST(KernelDifferentialTest, EveryFamilyBeyond65534Children) {
     run.run(60);
     EXPECT_GT(stats.committed, 10u);
 }
+
+// --- The real search on the same random graphs ---------------------------
+//
+// Both acceptance rules with every move kind run for thousands of
+// iterations; after each iteration (from a heuristic callback, so the
+// heuristic's own loop drives everything) the committed graph is compared
+// with a from-scratch evaluation, the sum structure of the moves with the
+// values, and a descent is checked never to lose ground.
+
+#include "solver/kernel/greedysolution.h"
+#include "solver/kernel/heuristicautoannealing.h"
+#include "solver/kernel/heuristicdescent.h"
+#include "solver/kernel/threadenv.h"
+#include "solver/move/autonomousfixedfields.h"
+
+#include <map>
+
+namespace {
+
+class SearchChecker : public HeuristicCallback {
+public:
+    SearchChecker(const std::vector<Range>& ranges, Dag& dag, const AutonomousStructure& structure, bool descent)
+        : ranges(ranges), fixed(dag.getFixedFields()), dag(dag), structure(structure), descent(descent),
+          values(fixed.nbNodes(), 0) {}
+
+    void heuristicStarted() override { remember(); }
+    void heuristicEnded() override {}
+    void iterate() override {
+        if (::testing::Test::HasFatalFailure()) return;
+        checkGraph();
+        checkStructure();
+        if (descent) checkNoLoss();
+        remember();
+        ++nbChecked;
+    }
+
+    unsigned int nbChecked = 0;
+
+private:
+    void checkGraph() {
+        for (unsigned int node : fixed.variables()) values[node] = dag.currentValue(node);
+        ReferenceEvaluator::evaluate(fixed, values);
+        long long cost = 0;
+        unsigned int violated = 0;
+        for (unsigned int node = 0; node < fixed.nbNodes(); ++node) {
+            ASSERT_EQ(dag.currentValue(node), values[node]) << "node " << node << " " << dag.getNode(node)->toString();
+            ASSERT_EQ(dag.newValue(node), values[node]);
+            ASSERT_FALSE(dag.isModified(node));
+            ASSERT_GE(values[node], ranges[node].first);
+            ASSERT_LE(values[node], ranges[node].second);
+        }
+        for (unsigned int node : fixed.constraints()) {
+            cost += ReferenceEvaluator::violation(fixed, node, values);
+            violated += values[node] == 0;
+            // A hard constraint is never broken by an accepted move.
+            if (dag.getPropagation().isConstraintActive(dag, node)) ASSERT_EQ(values[node], 1);
+        }
+        ASSERT_EQ(dag.getPropagation().getViolatedConstraintsCost(), cost);
+        ASSERT_EQ(dag.getPropagation().getViolatedConstraints().sizeIn(), violated);
+        ASSERT_NO_THROW(dag.getPropagation().check(dag));
+    }
+
+    void checkStructure() {
+        const std::vector<RootSum>& sums = structure.getFixedFields().getRootSums();
+        for (unsigned int s = 0; s < sums.size(); ++s)
+            for (unsigned int j = 0; j < sums[s].booleans.size(); ++j) {
+                bool up = (values[sums[s].booleans[j]] == 0) == (sums[s].coefficients[j] > 0);
+                ASSERT_EQ(structure.increasingBools(s).isIn(j), up) << "root sum " << s << " entry " << j;
+            }
+    }
+
+    // While feasible, a descent's objectives up to the optimized one never
+    // get lexicographically worse.
+    void checkNoLoss() {
+        bool feasible = dag.getPropagation().getActiveConstraints().sizeOut() == 0;
+        if (feasible && wasFeasible) {
+            for (unsigned int i = 0; i <= optimized; ++i) {
+                long long now = values[fixed.objectives()[i]], before = previous[i];
+                if (now == before) continue;
+                ASSERT_EQ(now > before, fixed.directions()[i] == Maximize) << "objective " << i << " got worse";
+                break;
+            }
+        }
+        // Once feasible, the search stays feasible.
+        if (wasFeasible) ASSERT_TRUE(feasible);
+    }
+
+    void remember() {
+        wasFeasible = dag.getPropagation().getActiveConstraints().sizeOut() == 0;
+        previous.clear();
+        for (unsigned int node : fixed.objectives()) previous.push_back(dag.currentValue(node));
+    }
+
+    const std::vector<Range>& ranges;
+    const DagFixedFields& fixed;
+    Dag& dag;
+    const AutonomousStructure& structure;
+    bool descent;
+    std::vector<long long> values;
+    std::vector<long long> previous;
+    bool wasFeasible = false;
+
+public:
+    unsigned int optimized = 0;
+};
+
+// Attempts and acceptances per move kind, over every run.
+typedef std::map<std::string, std::pair<unsigned long long, unsigned long long>> MoveCounts;
+
+void runSearch(unsigned int seed, int annealingLevel, unsigned int nbIterations, MoveCounts& counts) {
+    RandomGraph graph(seed, 40);
+    std::mt19937 random(seed);
+    auto dag = graph.graph.makeDag();
+    Quickrand greedyRand(seed);
+    if (random() % 2) GreedySolution(&greedyRand).computeSolution(dag.get());
+    AutonomousFixedFields autonomous(graph.graph.fixed);
+    SearchParams params;
+    params.annealingLevel = annealingLevel;
+    params.advanced["neighborhoodSize"] = 4;
+    params.advanced["targetingLevel"] = static_cast<int>(random() % 11);
+    ThreadEnv env(params, dag.get(), &autonomous, seed);
+    Heuristic* heuristic = env.getHeuristic();
+    env.getMoveFilter()->setFilteringPeriod(97);  // several filterings per run
+    heuristic->setIterationLimit(nbIterations);
+    heuristic->setOptimizedObjective(random() % 2);
+    // The structure is read through a second one over the same graph, kept
+    // current by the same commits.
+    AutonomousStructure mirror(*dag, autonomous);
+    SearchChecker checker(graph.ranges, *dag, mirror, annealingLevel == 0);
+    checker.optimized = heuristic->getOptimizedObjective();
+    heuristic->addCallback(&checker);
+    heuristic->run();
+    if (::testing::Test::HasFatalFailure()) return;
+    EXPECT_EQ(checker.nbChecked, heuristic->getNbIterations());
+    EXPECT_EQ(heuristic->getNbAttempted(), heuristic->getNbIterations());
+    // The best solution's stored objectives are those of its stored variables.
+    const Solution& best = heuristic->getBestSolution();
+    std::vector<long long> values(graph.graph.fixed.nbNodes(), 0);
+    for (unsigned int r = 0; r < graph.graph.fixed.nbVariables(); ++r)
+        values[graph.graph.fixed.variables()[r]] = best.getVariableValues()[r];
+    ReferenceEvaluator::evaluate(graph.graph.fixed, values);
+    for (unsigned int i = 0; i < graph.graph.fixed.objectives().size(); ++i)
+        EXPECT_EQ(best.getObjectiveValues()[i], values[graph.graph.fixed.objectives()[i]]);
+    for (unsigned int m = 0; m < heuristic->getNbMoves(); ++m) {
+        const Move* move = heuristic->getMove(m);
+        std::string kind = move->getName().substr(move->getName().find('-') + 1);
+        counts[kind].first += move->getNbAttempted();
+        counts[kind].second += move->getNbAccepted();
+    }
+    if (auto* annealing = dynamic_cast<HeuristicAutoAnnealing*>(heuristic))
+        counts["degradations"].second += annealing->getNbAcceptedDegradations();
+}
+
+}  // namespace
+
+TEST(SearchDifferentialTest, DescentAndAnnealingKeepTheGraphExact) {
+    MoveCounts counts;
+    for (unsigned int seed = 1; seed <= 24 && !::testing::Test::HasFatalFailure(); ++seed) {
+        for (int level : {0, 3}) {
+            SCOPED_TRACE("graph seed " + std::to_string(seed) + " annealing level " + std::to_string(level));
+            runSearch(seed, level, 2500, counts);
+        }
+    }
+    for (const char* kind : {"SimpleFlip", "Flip", "Swap", "Balance"}) {
+        EXPECT_GT(counts[kind].first, 1000u) << kind;
+        EXPECT_GT(counts[kind].second, 0u) << kind;
+    }
+    // The annealing did accept worse moves somewhere.
+    EXPECT_GT(counts["degradations"].second, 0u);
+}

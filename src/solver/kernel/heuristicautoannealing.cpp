@@ -1,0 +1,100 @@
+#include "solver/kernel/heuristicautoannealing.h"
+
+#include "solver/kernel/dag.h"
+
+#include <cmath>
+#include <ctime>
+
+HeuristicAutoAnnealing::HeuristicAutoAnnealing(Dag* dag)
+    : Heuristic(dag),
+      objectiveWindows(dag->getFixedFields().objectives().size(), std::vector<long long>(1, 0)),
+      windowAverages(dag->getFixedFields().objectives().size(), 0.0) {}
+
+void HeuristicAutoAnnealing::setObjectiveWindowSize(int level) {
+    objectiveWindowSize = level + 1;
+    for (std::vector<long long>& window : objectiveWindows) window.assign(objectiveWindowSize, 0);
+}
+
+void HeuristicAutoAnnealing::addObjective(long long value, int objective) {
+    long long& entry = objectiveWindows[objective][slot()];
+    windowAverages[objective] += static_cast<double>(value) / objectiveWindowSize -
+                                 static_cast<double>(entry) / objectiveWindowSize;
+    entry = value;
+}
+
+long long HeuristicAutoAnnealing::getLastObjective(int objective) const {
+    return objectiveWindows[objective][slot()];
+}
+
+unsigned long long HeuristicAutoAnnealing::estimateIterationNumber() const {
+    if (iterationLimit < 9223372036854775807ULL) return iterationLimit;
+    unsigned long long elapsed = static_cast<unsigned long long>(std::time(nullptr) - startTime);
+    return nbIterations / (elapsed + 1) * timeLimit;
+}
+
+void HeuristicAutoAnnealing::iterate() {
+    if (estimatedIterationNumber == 0 &&
+        static_cast<unsigned long long>(std::time(nullptr) - startTime) > timeLimit / 2)
+        estimatedIterationNumber = estimateIterationNumber();
+    if (estimatedIterationNumber > 0 && objectiveWindowSize > 1 &&
+        static_cast<double>(nbIterations) >= static_cast<double>(estimatedIterationNumber) * degradingIterationsLimit) {
+        objectiveWindowSize = 1;
+        annealingEnabled = false;
+    }
+    if (nbIterationsWithoutImprovement > plateauLength) annealingEnabled = false;
+
+    currentMove = drawMove();
+    if (applyMove(currentMove) != MoveImproved) {
+        ++nbIterationsWithoutImprovement;
+        return;
+    }
+    ++nbWindowImprovements;
+    nbIterationsWithoutImprovement = 0;
+    annealingEnabled = true;
+    const DagFixedFields& fixed = dag->getFixedFields();
+    for (unsigned int i = 0; i < objectiveWindows.size(); ++i)
+        addObjective(dag->currentValue(fixed.objectives()[i]), static_cast<int>(i));
+    updateBestSolution();
+}
+
+MoveExitCode HeuristicAutoAnnealing::decide(bool evaluated) {
+    if (!evaluated) return MoveInfeasible;
+    const Propagation& propagation = dag->getPropagation();
+    if (desactivatedConstraintsExist()) {
+        if (isConstraintsImproved())
+            // A cost against a count: the two agree for unit-cost constraints.
+            return static_cast<unsigned long long>(propagation.getTViolatedConstraintsCost()) <
+                           bestSolution.getNbViolatedConstraints()
+                       ? MoveImproved
+                       : MoveAccepted;
+        return isConstraintsDegraded() ? MoveRejected : MoveAccepted;
+    }
+    unsigned int o = optimizedObjective;
+    for (unsigned int i = 0; i < o; ++i) {
+        if (isObjectiveDegraded(i)) return MoveRejected;
+        if (isObjectiveImproved(i)) return MoveImproved;
+    }
+    const DagFixedFields& fixed = dag->getFixedFields();
+    unsigned int node = fixed.objectives()[o];
+    bool maximize = fixed.directions()[o] == Maximize;
+    long long c = dag->newValue(node), s = dag->currentValue(node), best = bestSolution.getObjectiveValues()[o];
+    if (maximize ? c > best : c < best) return MoveImproved;
+    if (c == best) return MoveAccepted;
+    if (maximize ? c > s : c < s) return MoveAccepted;
+
+    if (nbWindowImprovements < objectiveWindowSize || objectiveWindowSize < 2 || !annealingEnabled)
+        return isObjectiveDegraded(o) ? MoveRejected : MoveAccepted;
+    double average = windowAverages[o];
+    double latest = static_cast<double>(objectiveWindows[o][slot()]);
+    double value = static_cast<double>(c);
+    if (maximize ? average > value : average < value) return MoveRejected;
+    float u = quickrand.nextFloat();
+    // At or beyond the latest improvement the probability is 1; said
+    // directly so that a window whose average equals it divides by nothing.
+    bool beyondLatest = maximize ? value >= latest : value <= latest;
+    if (beyondLatest || std::exp(std::log(0.01) * (value - latest) / (average - latest)) >= u) {
+        ++nbAcceptedDegradations;
+        return MoveAccepted;
+    }
+    return MoveRejected;
+}

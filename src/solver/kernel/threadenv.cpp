@@ -1,0 +1,91 @@
+#include "solver/kernel/threadenv.h"
+
+#include "api/qxparam.h"
+#include "solver/kernel/dag.h"
+#include "solver/kernel/heuristicautoannealing.h"
+#include "solver/kernel/heuristicdescent.h"
+#include "solver/move/movekbalance.h"
+#include "solver/move/movekflip.h"
+#include "solver/move/movekswap.h"
+#include "solver/move/movesimplekflip.h"
+
+namespace MoveWeights {
+const unsigned int QX_MV_BALANCE_WEIGHTS[16] = {0, 4, 2, 1, 1};
+const unsigned int QX_MV_SWAP_WEIGHTS[16] = {0, 4, 2, 1, 1};
+const unsigned int QX_MV_FLIP_WEIGHTS[16] = {0, 8, 8, 2, 1, 1, 1, 1, 1};
+const unsigned int QX_MV_PATH_WEIGHTS[16] = {0, 0, 6, 6, 8, 8, 4, 2, 1};
+const unsigned int QX_MV_CYCLE_WEIGHTS[16] = {0, 0, 2, 4, 8, 8, 4, 2, 1};
+const unsigned int QX_MV_2FORKCYCLE_WEIGHTS[16] = {0, 0, 0, 2};
+const unsigned int QX_MV_3FORKCYCLE_WEIGHTS[16] = {0, 0, 0, 1};
+const unsigned int QX_MV_2FORKPATH_WEIGHTS[16] = {0, 0, 0, 1};
+const unsigned int QX_MV_3FORKPATH_WEIGHTS[16] = {0, 0, 0, 1};
+}  // namespace MoveWeights
+
+SearchParams SearchParams::fromParam(const QXParam& param, unsigned int nbObjectives) {
+    SearchParams params;
+    params.annealingLevel = param.getAnnealingLevel();
+    for (const char* name : {"moveExplorationEnabled", "neighborhoodSize", "targetingLevel", "kBalanceEnabled",
+                             "kSwapEnabled", "kFlipEnabled", "kPathEnabled", "kCycleEnabled",
+                             "k2ForkCycleEnabled", "k3ForkCycleEnabled", "k2ForkPathEnabled",
+                             "k3ForkPathEnabled"}) {
+        const int absent = -2147483647 - 1;
+        int value = param.getAdvancedParam(name, absent);
+        if (value != absent) params.advanced[name] = value;
+    }
+    for (unsigned int i = 0; i < nbObjectives; ++i)
+        params.objectiveBounds.push_back(param.getObjectiveBound(static_cast<int>(i)));
+    return params;
+}
+
+ThreadEnv::ThreadEnv(const SearchParams& params, Dag* dag, const AutonomousFixedFields* fixedFields,
+                     unsigned int seed)
+    : params(params), dag(dag) {
+    initHeuristic(fixedFields, seed);
+}
+
+// The heuristic goes first: its moves refer to the structure.
+ThreadEnv::~ThreadEnv() {
+    heuristic.reset();
+    structure.reset();
+}
+
+void ThreadEnv::createHeuristic() {
+    if (params.annealingLevel != 0) {
+        auto annealing = std::make_unique<HeuristicAutoAnnealing>(dag);
+        annealing->setObjectiveWindowSize(params.annealingLevel);
+        heuristic = std::move(annealing);
+    } else {
+        heuristic = std::make_unique<HeuristicDescent>(dag);
+    }
+}
+
+void ThreadEnv::initHeuristic(const AutonomousFixedFields* fixedFields, unsigned int seed) {
+    createHeuristic();
+    structure = std::make_unique<AutonomousStructure>(*dag, *fixedFields);
+    moveFilter = std::make_unique<MoveFilter>(heuristic.get());
+    moveFilter->setExplorationEnabled(params.get("moveExplorationEnabled", 1) != 0);
+    heuristic->addCallback(moveFilter.get());
+    heuristic->setSeed(seed);
+    heuristic->addMove(new MoveSimpleKFlip(*dag, heuristic->getQuickrand(), 1, 1));
+    int size = params.get("neighborhoodSize", 8);
+    for (int k = 1; k <= size && k < 16; ++k) initMoves(static_cast<unsigned int>(k));
+    for (unsigned int i = 0; i < params.objectiveBounds.size(); ++i)
+        heuristic->setObjectiveBound(i, params.objectiveBounds[i]);
+}
+
+void ThreadEnv::initMoves(unsigned int k) {
+    using namespace MoveWeights;
+    const AutonomousFixedFields& fixedFields = structure->getFixedFields();
+    unsigned int targeting = static_cast<unsigned int>(10 * params.get("targetingLevel", 5));
+    Quickrand& rand = heuristic->getQuickrand();
+    auto wanted = [&](const unsigned int* table, const char* enabling, bool valid) {
+        return table[k] > 0 && params.get(enabling, 1) != 0 && valid;
+    };
+    if (wanted(QX_MV_BALANCE_WEIGHTS, "kBalanceEnabled", MoveKBalance::isValidK(k, fixedFields)))
+        heuristic->addMove(new MoveKBalance(*dag, rand, *structure, k, QX_MV_BALANCE_WEIGHTS[k]));
+    if (wanted(QX_MV_SWAP_WEIGHTS, "kSwapEnabled", MoveKSwap::isValidK(k, fixedFields)))
+        heuristic->addMove(new MoveKSwap(*dag, rand, *structure, k, QX_MV_SWAP_WEIGHTS[k], targeting));
+    if (wanted(QX_MV_FLIP_WEIGHTS, "kFlipEnabled", MoveKFlip::isValidK(k, fixedFields)))
+        heuristic->addMove(new MoveKFlip(*dag, rand, *structure, k, QX_MV_FLIP_WEIGHTS[k], targeting));
+    // The chain kinds (paths, cycles and their forks) are not built yet.
+}

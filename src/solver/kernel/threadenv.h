@@ -1,0 +1,66 @@
+#pragma once
+
+#include "solver/kernel/heuristic.h"
+#include "solver/kernel/movefilter.h"
+#include "solver/move/autonomousstructure.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+class QXParam;
+
+// What a thread's search is built from: the annealing level, the advanced
+// parameters by name (absent ones take their defaults) and one bound per
+// objective.
+struct SearchParams {
+    int annealingLevel = 1;
+    std::map<std::string, int> advanced;
+    std::vector<long long> objectiveBounds;
+
+    int get(const std::string& name, int defaultValue) const {
+        auto found = advanced.find(name);
+        return found == advanced.end() ? defaultValue : found->second;
+    }
+    // Read from the solver's parameters (state Paused or Stopped).
+    static SearchParams fromParam(const QXParam& param, unsigned int nbObjectives);
+};
+
+// Initial util rates of each move kind by neighbourhood size k (0..15).
+namespace MoveWeights {
+extern const unsigned int QX_MV_BALANCE_WEIGHTS[16];
+extern const unsigned int QX_MV_SWAP_WEIGHTS[16];
+extern const unsigned int QX_MV_FLIP_WEIGHTS[16];
+extern const unsigned int QX_MV_PATH_WEIGHTS[16];
+extern const unsigned int QX_MV_CYCLE_WEIGHTS[16];
+extern const unsigned int QX_MV_2FORKCYCLE_WEIGHTS[16];
+extern const unsigned int QX_MV_3FORKCYCLE_WEIGHTS[16];
+extern const unsigned int QX_MV_2FORKPATH_WEIGHTS[16];
+extern const unsigned int QX_MV_3FORKPATH_WEIGHTS[16];
+}  // namespace MoveWeights
+
+// One search thread's objects: its heuristic with its moves, move filter and
+// sum structure, over a Dag and shared sum fields that outlive it.
+class ThreadEnv {
+public:
+    ThreadEnv(const SearchParams& params, Dag* dag, const AutonomousFixedFields* fixedFields, unsigned int seed);
+    ~ThreadEnv();
+    ThreadEnv(const ThreadEnv&) = delete;
+    ThreadEnv& operator=(const ThreadEnv&) = delete;
+
+    Heuristic* getHeuristic() const { return heuristic.get(); }
+    MoveFilter* getMoveFilter() const { return moveFilter.get(); }
+    Dag* getDag() const { return dag; }
+
+private:
+    void initHeuristic(const AutonomousFixedFields* fixedFields, unsigned int seed);
+    void createHeuristic();
+    void initMoves(unsigned int k);
+
+    const SearchParams params;
+    Dag* dag;
+    std::unique_ptr<Heuristic> heuristic;
+    std::unique_ptr<AutonomousStructure> structure;
+    std::unique_ptr<MoveFilter> moveFilter;
+};

@@ -1,0 +1,266 @@
+#include "solver/kernel/heuristic.h"
+
+#include "solver/kernel/dag.h"
+#include "solver/kernel/greedysolution.h"
+#include "solver/kernel/heuristicautoannealing.h"
+#include "solver/kernel/heuristicdescent.h"
+#include "solver/kernel/movefilter.h"
+#include "solver/kernel/threadenv.h"
+#include "solver/move/autonomousfixedfields.h"
+#include "solver/move/movesimplekflip.h"
+#include "searchmodels.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace {
+const std::vector<long long> WEIGHTS = {23, 31, 29, 44, 53, 38, 63, 85, 89, 82, 12, 17, 40, 27};
+const std::vector<long long> VALUES = {92, 57, 49, 68, 60, 43, 67, 84, 87, 72, 15, 20, 51, 30};
+const long long CAPACITY = 165;
+
+long long bestKnapsack() {
+    long long best = 0;
+    for (unsigned int mask = 0; mask < (1u << WEIGHTS.size()); ++mask) {
+        long long w = 0, v = 0;
+        for (unsigned int i = 0; i < WEIGHTS.size(); ++i)
+            if (mask >> i & 1) w += WEIGHTS[i], v += VALUES[i];
+        if (w <= CAPACITY && v > best) best = v;
+    }
+    return best;
+}
+
+// A knapsack search as a thread sets it up, from a greedy start.
+struct KnapsackSearch {
+    explicit KnapsackSearch(int annealingLevel, unsigned int seed = 7) : model(WEIGHTS, VALUES, CAPACITY) {
+        dag = model.g.makeDag();
+        Quickrand rand(seed);
+        GreedySolution(&rand).computeSolution(dag.get());
+        autonomous = std::make_unique<AutonomousFixedFields>(model.g.fixed);
+        SearchParams params;
+        params.annealingLevel = annealingLevel;
+        env = std::make_unique<ThreadEnv>(params, dag.get(), autonomous.get(), seed);
+    }
+    Heuristic& h() { return *env->getHeuristic(); }
+    SearchModels::Knapsack model;
+    std::unique_ptr<Dag> dag;
+    std::unique_ptr<AutonomousFixedFields> autonomous;
+    std::unique_ptr<ThreadEnv> env;
+};
+
+// Records a value after each iteration.
+struct Probe : HeuristicCallback {
+    explicit Probe(std::function<void()> f) : f(std::move(f)) {}
+    void heuristicStarted() override {}
+    void heuristicEnded() override {}
+    void iterate() override { f(); }
+    std::function<void()> f;
+};
+}  // namespace
+
+// No item can be added and no single exchange of two items improves.
+bool isSwapLocalOptimum(const std::vector<long long>& x) {
+    long long w = 0, v = 0;
+    for (unsigned int i = 0; i < x.size(); ++i) w += WEIGHTS[i] * x[i], v += VALUES[i] * x[i];
+    for (unsigned int i = 0; i < x.size(); ++i) {
+        if (!x[i] && w + WEIGHTS[i] <= CAPACITY) return false;
+        for (unsigned int j = 0; j < x.size(); ++j)
+            if (!x[i] && x[j] && w + WEIGHTS[i] - WEIGHTS[j] <= CAPACITY && VALUES[i] > VALUES[j]) return false;
+    }
+    return true;
+}
+
+TEST(HeuristicTest, DescentEndsInALocalOptimumAndAnnealingFindsTheOptimum) {
+    long long optimum = bestKnapsack();
+    for (int level : {0, 3, 4}) {
+        for (unsigned int seed : {1u, 2u, 3u, 7u}) {
+            SCOPED_TRACE("annealing level " + std::to_string(level) + " seed " + std::to_string(seed));
+            KnapsackSearch search(level, seed);
+            search.h().setIterationLimit(30000);
+            search.h().run();
+            const Solution& best = search.h().getBestSolution();
+            EXPECT_EQ(best.getNbViolatedConstraints(), 0u);
+            long long weight = 0, value = 0;
+            for (unsigned int i = 0; i < WEIGHTS.size(); ++i) {
+                weight += WEIGHTS[i] * best.getVariableValues()[i];
+                value += VALUES[i] * best.getVariableValues()[i];
+            }
+            EXPECT_LE(weight, CAPACITY);
+            EXPECT_EQ(best.getObjectiveValues()[0], value);
+            if (level == 0) EXPECT_TRUE(isSwapLocalOptimum(best.getVariableValues()));
+            else EXPECT_EQ(value, optimum);
+            EXPECT_EQ(search.h().getNbAttempted(), 30000u);
+            EXPECT_EQ(search.h().getNbAccepted() + search.h().getNbRejected() + search.h().getNbInfeasibles(),
+                      30000u);
+        }
+    }
+}
+
+TEST(HeuristicTest, SameSeedAndIterationLimitGiveTheSameRun) {
+    auto runOnce = [](unsigned int seed) {
+        KnapsackSearch search(2, seed);
+        search.env->getMoveFilter()->setFilteringPeriod(500);
+        search.h().setIterationLimit(20000);
+        search.h().run();
+        std::vector<unsigned long long> trace = {search.h().getNbAccepted(), search.h().getNbImprovements(),
+                                                 search.h().getBestSolutionIterations()};
+        for (long long v : search.h().getBestSolution().getVariableValues()) trace.push_back(v);
+        for (unsigned int m = 0; m < search.h().getNbMoves(); ++m)
+            trace.push_back(search.h().getMove(m)->getUtilRate());
+        return trace;
+    };
+    EXPECT_EQ(runOnce(3), runOnce(3));
+    EXPECT_NE(runOnce(3), runOnce(4));
+}
+
+TEST(HeuristicTest, TerminationRules) {
+    KnapsackSearch search(1);
+    Heuristic& h = search.h();
+    h.setTimeLimit(0);
+    h.run();
+    EXPECT_EQ(h.getNbIterations(), 0u);
+
+    // The bound of a maximised objective already reached while feasible.
+    h.init();
+    h.setObjectiveBound(0, search.dag->currentValue(search.model.value));
+    h.run();
+    EXPECT_EQ(h.getNbIterations(), 0u);
+    h.setObjectiveBound(0, 1000000);
+
+    // Moves that can never be built still count as iterations.
+    h.clearMoves();
+    h.addMove(new MoveSimpleKFlip(*search.dag, h.getQuickrand(), 99, 1));
+    h.setIterationLimit(250);
+    h.run();
+    EXPECT_EQ(h.getNbIterations(), 250u);
+    EXPECT_EQ(h.getNbInfeasibles(), 250u);
+
+    h.getMove(0)->setUtilRate(0);  // an empty lottery ends the run at once
+    h.run();
+    EXPECT_EQ(h.getNbIterations(), 0u);
+
+    h.clearMoves();
+    EXPECT_EQ(kernelErrorOf([&] { h.run(); }), "At least one move is needed");
+    EXPECT_EQ(kernelErrorOf([&] { h.getMove(0); }), "Bad argument value.");
+    EXPECT_EQ(kernelErrorOf([&] { h.setOptimizedObjective(1); }), "The given objective index is invalid");
+    EXPECT_EQ(kernelErrorOf([&] { h.setObjectiveBound(1, 0); }), "Bad argument.");
+    Dag fresh(search.model.g.fixed);
+    EXPECT_EQ(kernelErrorOf([&] { HeuristicDescent d(&fresh); }), "The dag must be initialized.");
+}
+
+TEST(HeuristicTest, BoundsNeverEndAnInfeasibleSearch) {
+    // Start over capacity with the constraints soft: the bound on the value
+    // is reached, yet the search goes on until the iteration limit.
+    SearchModels::Knapsack model(WEIGHTS, VALUES, CAPACITY);
+    auto dag = model.g.makeDag(std::vector<long long>(WEIGHTS.size(), 1));
+    HeuristicDescent h(dag.get());
+    h.addMove(new MoveSimpleKFlip(*dag, h.getQuickrand(), 1, 1));
+    h.setObjectiveBound(0, 0);
+    h.setIterationLimit(5);
+    h.run();
+    EXPECT_EQ(h.getNbIterations(), 5u);
+}
+
+TEST(HeuristicTest, EarlierObjectivesDecideFirst) {
+    // Objective 0 maximises x + y, objective 1 minimises z + y; start at
+    // x = 1, y = 0, z = 1, that is (1, 1).
+    TestGraph g;
+    unsigned int x = g.boolean(), y = g.boolean(), z = g.boolean();
+    g.objective(g.add(Sum, {x, y}), Maximize);
+    g.objective(g.add(Sum, {z, y}), Minimize);
+    g.close();
+    auto dag = g.makeDag({1, 0, 1});
+    HeuristicDescent descent(dag.get());
+    HeuristicAutoAnnealing annealing(dag.get());
+    annealing.setObjectiveWindowSize(3);
+    Propagation& p = dag->getPropagation();
+    auto verdicts = [&](std::vector<std::pair<unsigned int, long long>> changes) {
+        for (auto& change : changes) p.modifyVariable(*dag, change.first, change.second);
+        bool evaluated = p.eval(*dag);
+        std::pair<MoveExitCode, MoveExitCode> result{descent.decide(evaluated), annealing.decide(evaluated)};
+        p.rollback(*dag);
+        return result;
+    };
+    typedef std::pair<MoveExitCode, MoveExitCode> Both;
+    EXPECT_EQ(verdicts({{x, 0}, {z, 0}}), Both(MoveRejected, MoveRejected));  // (0, 0): first worse
+    EXPECT_EQ(verdicts({{y, 1}}), Both(MoveImproved, MoveImproved));          // (2, 2): first better
+    EXPECT_EQ(verdicts({{z, 0}}), Both(MoveImproved, MoveImproved));          // (1, 0)
+    // (1, 2): the window is not filled, so the annealing refuses as a descent.
+    EXPECT_EQ(verdicts({{x, 0}, {y, 1}}), Both(MoveRejected, MoveRejected));
+    descent.setOptimizedObjective(0);
+    EXPECT_EQ(verdicts({{x, 0}, {y, 1}}).first, MoveAccepted);  // the second is ignored
+}
+
+TEST(HeuristicTest, AnnealingEndsAfterNinetyPercentOfTheIterations) {
+    KnapsackSearch search(3);
+    auto* annealing = dynamic_cast<HeuristicAutoAnnealing*>(&search.h());
+    ASSERT_NE(annealing, nullptr);
+    EXPECT_EQ(annealing->getObjectiveWindowSize(), 4);
+    unsigned long long switchedAt = 0;
+    Probe probe([&] {
+        if (switchedAt == 0 && annealing->getObjectiveWindowSize() == 1) switchedAt = annealing->getNbIterations();
+    });
+    annealing->addCallback(&probe);
+    // Without an iteration limit the count is estimated once half the time
+    // has passed (here at 2 s, from the speed so far): the annealing then
+    // ends at once, since 90% of the estimate is already done.
+    annealing->setTimeLimit(3);
+    annealing->run();
+    EXPECT_GT(switchedAt, 0u);
+    EXPECT_LT(switchedAt, annealing->getNbIterations());
+    EXPECT_FALSE(annealing->isAnnealingEnabled());
+    EXPECT_GT(annealing->getNbAcceptedDegradations(), 0u);
+    annealing->removeCallback(&probe);
+}
+
+TEST(HeuristicTest, PrintStatsGivesTheFourTotals) {
+    KnapsackSearch search(0);
+    search.h().setIterationLimit(100);
+    search.h().run();
+    std::ostringstream out;
+    search.h().printStats(&out);
+    std::ostringstream expected;
+    expected << "NbAttempted =" << search.h().getNbAttempted() << "\nNbAccepted =" << search.h().getNbAccepted()
+             << "\nNbImproved =" << search.h().getNbImprovements() << "\nNbInfeasibles ="
+             << search.h().getNbInfeasibles() << "\n";
+    EXPECT_EQ(out.str(), expected.str());
+    EXPECT_EQ(search.h().getNbAttempted(), 100u);
+}
+
+TEST(MoveFilterTest, ShiftsWeightToSuccessfulMovesKeepingTheTotal) {
+    KnapsackSearch search(0);
+    Heuristic& h = search.h();
+    MoveFilter filter(&h);
+    unsigned int total = filter.sumWeights();
+    filter.heuristicStarted();
+    std::vector<unsigned int> before;
+    for (unsigned int m = 0; m < h.getNbMoves(); ++m) before.push_back(h.getMove(m)->getUtilRate());
+    filter.adjustUtilRates();  // nothing counted yet: nothing changes
+    std::vector<unsigned int> after;
+    for (unsigned int m = 0; m < h.getNbMoves(); ++m) after.push_back(h.getMove(m)->getUtilRate());
+    EXPECT_EQ(before, after);
+
+    h.setIterationLimit(3000);
+    h.run();  // the thread's own filter adjusts as it goes
+    EXPECT_EQ(filter.sumWeights(), total);
+    // The first move alone succeeds from now on.
+    for (unsigned int m = 0; m < h.getNbMoves(); ++m) h.getMove(m)->clearStats();
+    ASSERT_GE(h.getNbMoves(), 2u);
+    Move* winner = h.getMove(h.getNbMoves() - 1);
+    unsigned int winnerBefore = winner->getUtilRate();
+    for (int i = 0; i < 10; ++i) {
+        ASSERT_TRUE(winner->modify());
+        winner->eval();
+        winner->update(MoveRejected);
+    }
+    for (int i = 0; i < 3; ++i) {
+        winner->modify();
+        winner->eval();
+        winner->update(MoveImproved);  // counted, then rolled forward
+    }
+    for (int i = 0; i < 20; ++i) filter.adjustUtilRates();
+    EXPECT_EQ(filter.sumWeights(), total);
+    EXPECT_GT(winner->getUtilRate(), winnerBefore);
+    filter.explore();
+    EXPECT_EQ(filter.sumWeights(), total);
+}
