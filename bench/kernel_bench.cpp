@@ -7,7 +7,7 @@
 
 #include "solver/kernel/dag.h"
 #include "solver/kernel/quickrand.h"
-#include "solver/kernel/temporarydagfixedfields.h"
+#include "graphfiller.h"
 
 #include <chrono>
 #include <cstdio>
@@ -17,30 +17,6 @@
 #include <vector>
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
-
-double secondsSince(Clock::time_point start) {
-    return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
-class GraphFiller {
-public:
-    unsigned int add(NodeType type, const std::vector<unsigned int>& childs = {},
-                     const std::vector<long long>& coefficients = {}) {
-        unsigned int node = t.typeSize();
-        t.setNodeType(node, type);
-        t.setNodeChilds(node, childs);
-        if (!coefficients.empty()) t.setNodeCoefficients(node, coefficients);
-        return node;
-    }
-    unsigned int constant(long long value) {
-        unsigned int node = add(Constant);
-        t.setNodeConstant(node, value);
-        return node;
-    }
-    TemporaryDagFixedFields t;
-};
 
 // x[i] booleans; cut(u, v) = xor(x[u], x[v]); maximise the sum of cuts.
 void buildMaxCut(GraphFiller& g, Quickrand& rand) {
