@@ -6,6 +6,14 @@
 #include "api/qxphase.h"
 #include "api/qxsolution.h"
 #include "api/qxstatistics.h"
+#include "api/solvegraphs.h"
+#include "solver/kernel/dag.h"
+#include "solver/kernel/greedysolution.h"
+#include "solver/kernel/parallelizer.h"
+#include "solver/kernel/quickrand.h"
+#include "solver/kernel/solution.h"
+#include "solver/kernel/threadenv.h"
+#include "solver/move/autonomousfixedfields.h"
 
 #include <iostream>
 
@@ -20,9 +28,16 @@ Quarrix::Quarrix()
       callbackData(this),
       statistics(new QXStatistics(this, nullptr)) {}
 
-Quarrix::~Quarrix() = default;
+// The search objects point into graphs that the model owns.
+Quarrix::~Quarrix() { deleteSearch(); }
 
-bool Quarrix::isStarted() const { return false; }
+void Quarrix::deleteSearch() {
+    parallelizer.reset();
+    threadEnvs.clear();
+    autonomousFixedFields.reset();
+}
+
+bool Quarrix::isStarted() const { return parallelizer != nullptr; }
 
 QXModel* Quarrix::getModel() const {
     ApiErrors::checkNotRunning(this, QX_HERE);
@@ -72,13 +87,111 @@ void Quarrix::solve() {
     ApiErrors::fail(QX_HERE, "The local search is not available in this build.");
 }
 
+void Quarrix::solveOn(SolveGraphs& compiled) {
+    ApiErrors::checkStopped(this, QX_HERE);
+    deleteSearch();
+    createSolver(compiled);
+    clearStats();
+    if (phases.empty()) createPhase();  // no limit, the last objective
+    const bool verbose = param->verbosity > 0;
+    if (verbose) std::cout << std::endl << toString();
+    state = QXState::Paused;
+    for (size_t i = 0; i < phases.size() && !stopRequested; ++i) solvePhase(static_cast<int>(i));
+    state = QXState::Stopped;
+    if (verbose) std::cout << getEndResolutionInfo() << std::endl << std::endl;
+}
+
+void Quarrix::createSolver(SolveGraphs& compiled) {
+    graphs = &compiled;
+    parallelizer.reset(new Parallelizer());
+    Quickrand rand(static_cast<unsigned int>(param->seed));
+    GreedySolution greedy(&rand);
+    Solution start;
+    compiled.convertSolution(solution.get(), &start);
+    const unsigned int nbThreads = static_cast<unsigned int>(param->nbThreads);
+    compiled.createCopies(nbThreads - 1);
+    const DagFixedFields& fixed = compiled.getDag(0)->getFixedFields();
+    autonomousFixedFields.reset(new AutonomousFixedFields(fixed));
+    SearchParams params = SearchParams::fromParam(*param, static_cast<unsigned int>(fixed.objectives().size()));
+    for (unsigned int t = 0; t < nbThreads; ++t) {
+        Dag* dag = compiled.getDag(t);
+        dag->loadSolution(start);
+        // The user's values break a constraint: a greedy start instead, and
+        // failing that every constraint soft, to be worked back in.
+        if (dag->getPropagation().getViolatedConstraints().sizeIn() != 0 && !greedy.computeSolution(dag))
+            dag->getPropagation().desactivateAllConstraints();
+        unsigned int seed = rand.nextInt(2147483647u);
+        threadEnvs.emplace_back(new ThreadEnv(params, dag, autonomousFixedFields.get(), seed));
+        parallelizer->addHeuristic(threadEnvs.back()->getHeuristic());
+    }
+}
+
+int Quarrix::computePhaseTimeLimit(int i) const {
+    int64_t total = 0;
+    for (int k = 0; k <= i && k < static_cast<int>(phases.size()); ++k) {
+        total += phases[k]->timeLimit;
+        if (total < 0 || total >= 2147483647) return 2147483647;
+    }
+    return static_cast<int>(total);
+}
+
+int64_t Quarrix::computePhaseIterationLimit(int i) const {
+    int64_t total = 0;
+    for (int k = 0; k <= i && k < static_cast<int>(phases.size()); ++k) {
+        int64_t limit = phases[k]->iterationLimit;
+        if (limit < 0 || total > INT64_MAX - limit) return INT64_MAX;
+        total += limit;
+        if (total == INT64_MAX) return INT64_MAX;
+    }
+    return total;
+}
+
+void Quarrix::solvePhase(int i) {
+    int64_t remainingTime = static_cast<int64_t>(computePhaseTimeLimit(i)) - statistics->runningTime;
+    int64_t remainingIterations = computePhaseIterationLimit(i) - statistics->nbIterations;
+    if (remainingTime <= 0 || remainingIterations <= 0) return;
+    if (param->verbosity > 0) std::cout << "Phase " << i << ":" << std::endl << std::endl;
+    for (unsigned int t = 0; t < parallelizer->getNbHeuristics(); ++t) {
+        Heuristic* heuristic = parallelizer->getHeuristic(t);
+        heuristic->init();
+        heuristic->setOptimizedObjective(static_cast<unsigned int>(phases[i]->optimizedObjective));
+        heuristic->setTimeLimit(static_cast<unsigned int>(remainingTime));
+        heuristic->setIterationLimit(static_cast<unsigned long long>(remainingIterations));
+    }
+    state = QXState::Running;
+    parallelizer->start();
+    while (parallelizer->getState() == ParallelizerRunning) {
+        if (parallelizer->wait(static_cast<unsigned int>(param->timeBetweenDisplays))) break;
+        if (callback == nullptr) continue;
+        parallelizer->pause();
+        state = QXState::Paused;
+        update(i);
+        callback(callbackData);
+        if (stopRequested) break;
+        state = QXState::Running;
+        parallelizer->resume();
+    }
+    parallelizer->stop();
+    state = QXState::Paused;
+    update(i);
+    if (callback != nullptr) callback(callbackData);
+}
+
+void Quarrix::update(int i) {
+    phases[i]->statistics->update();
+    statistics->update();
+    Heuristic* best = parallelizer->getBestHeuristic();
+    graphs->convertBackSolution(&best->getBestSolution(), solution.get());
+}
+
 void Quarrix::stop() {
     ApiErrors::checkPausedOrStopped(this, QX_HERE);
     ApiErrors::checkStarted(this, QX_HERE);
     if (isStateStopped()) return;
-    // Paused inside a solve: the solve loop sees the request when the
-    // callback returns, and stops the search threads itself.
+    // Paused inside a solve (the display callback): the phase loop ends
+    // when the callback returns, and no further phase starts.
     stopRequested = true;
+    parallelizer->stop();
 }
 
 void Quarrix::setDisplayCallback(DisplayCallback newCallback, void* data) {
@@ -104,9 +217,25 @@ std::string Quarrix::toString() const {
 std::string Quarrix::getInfo() const {
     ApiErrors::checkPausedOrStopped(this, QX_HERE);
     ApiErrors::checkStarted(this, QX_HERE);
-    // Reached only once a search has run: the line needs its running time,
-    // its iteration count and its best solution's objectives.
-    ApiErrors::fail(QX_HERE, "The local search is not available in this build.");
+    return "[" + std::to_string(statistics->runningTime) + " sec, " + std::to_string(statistics->nbIterations) +
+           " itr]: " + getObjectiveInfo() + ", " + statistics->getInfo() + "\n";
+}
+
+std::string Quarrix::getObjectiveInfo() const {
+    const Solution& best = parallelizer->getBestHeuristic()->getBestSolution();
+    if (best.getNbViolatedConstraints() != 0)
+        return "infeas = (" + std::to_string(best.getNbViolatedConstraints()) + ")";
+    std::string text = "obj = (";
+    const std::vector<long long>& values = best.getObjectiveValues();
+    for (size_t i = 0; i < values.size(); ++i) text += (i ? ", " : "") + std::to_string(values[i]);
+    return text + ")";
+}
+
+std::string Quarrix::getEndResolutionInfo() const {
+    static const char* const STATUS[] = {"Infeasible solution: ", "Feasible solution: ", "Optimal solution: "};
+    return std::to_string(statistics->nbIterations) + " iterations, " + std::to_string(statistics->nbMoves) +
+           " moves performed in " + std::to_string(statistics->runningTime) + " seconds\n" +
+           STATUS[static_cast<int>(solution->getStatus())] + getObjectiveInfo();
 }
 
 void Quarrix::clearStats() {

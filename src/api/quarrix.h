@@ -5,11 +5,15 @@
 #include <string>
 #include <vector>
 
+class AutonomousFixedFields;
+class Parallelizer;
 class QXModel;
 class QXParam;
 class QXPhase;
 class QXSolution;
 class QXStatistics;
+class SolveGraphs;
+class ThreadEnv;
 
 enum class QXState : uint8_t { Modeling = 0, Running = 1, Paused = 2, Stopped = 3 };
 
@@ -47,6 +51,8 @@ public:
 
     // Runs the phases in order; only from state Stopped.
     void solve();
+    // The solve over given compiled graphs: solve() passes the model's.
+    void solveOn(SolveGraphs& graphs);
     // Asks the running solve to end after the current phase; for the display
     // callback, which runs in state Paused. Does nothing in state Stopped.
     void stop();
@@ -64,6 +70,13 @@ public:
     std::string toString() const;
     // One progress line of the running solve.
     std::string getInfo() const;
+    // The best solution's objectives, or its infeasibility.
+    std::string getObjectiveInfo() const;
+    // Effort and outcome of the last solve.
+    std::string getEndResolutionInfo() const;
+    // Sums of the limits of phases 0..i, saturating at "no limit".
+    int computePhaseTimeLimit(int i) const;
+    int64_t computePhaseIterationLimit(int i) const;
     // Zeroes the global statistics and those of every phase.
     void clearStats();
 
@@ -78,6 +91,13 @@ private:
 
     // Called by QXModel::close once the model is valid.
     void closeModel();
+    // Threads, graphs and starting points of a solve.
+    void createSolver(SolveGraphs& graphs);
+    void solvePhase(int i);
+    // Statistics of phase i and of the solve, and the best solution back
+    // into the API solution; with every search thread paused or ended.
+    void update(int i);
+    void deleteSearch();
 
     QXState state = QXState::Modeling;
     bool stopRequested = false;  // never cleared: a later solve stops early too
@@ -85,9 +105,13 @@ private:
     std::unique_ptr<QXParam> param;
     DisplayCallback callback;
     void* callbackData;
-    // The thread environments and the parallelizer come with the local
-    // search; until then no search is ever started.
     std::vector<std::unique_ptr<QXPhase>> phases;
+    // The search objects of the last solve, over graphs that the model owns:
+    // deleted before the model.
+    SolveGraphs* graphs = nullptr;
+    std::unique_ptr<AutonomousFixedFields> autonomousFixedFields;
+    std::vector<std::unique_ptr<ThreadEnv>> threadEnvs;
+    std::unique_ptr<Parallelizer> parallelizer;
     std::unique_ptr<QXSolution> solution;  // made when the model is closed
     std::unique_ptr<QXStatistics> statistics;
 };

@@ -3,7 +3,10 @@
 #include "api/apierrors.h"
 #include "api/quarrix.h"
 #include "api/qxphase.h"
+#include "solver/kernel/heuristic.h"
+#include "solver/kernel/threadenv.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <sstream>
@@ -109,12 +112,21 @@ void QXStatistics::update() {
 }
 
 // Over the threads' heuristics: the slowest thread gives the time and the
-// iterations, the moves are summed. The heuristics come with the local
-// search; until then there is no thread, which gives the values below.
+// iterations, the moves are summed. With no thread: no limit reached, no
+// move.
 void QXStatistics::updatePhase() {
     runningTime = 2147483647;
     nbIterations = INT64_MAX;
     nbMoves = nbAccepted = nbImprovements = nbInfeasibles = 0;
+    for (const auto& env : solver->threadEnvs) {
+        const Heuristic& h = *env->getHeuristic();
+        runningTime = std::min<int32_t>(runningTime, static_cast<int32_t>(h.getRunningTime()));
+        nbIterations = std::min<int64_t>(nbIterations, static_cast<int64_t>(h.getNbIterations()));
+        nbMoves = saturatedAdd(nbMoves, static_cast<int64_t>(h.getNbIterations()));
+        nbAccepted = saturatedAdd(nbAccepted, static_cast<int64_t>(h.getNbAccepted()));
+        nbImprovements = saturatedAdd(nbImprovements, static_cast<int64_t>(h.getNbImprovements()));
+        nbInfeasibles = saturatedAdd(nbInfeasibles, static_cast<int64_t>(h.getNbInfeasibles()));
+    }
 }
 
 void QXStatistics::updateGlobal() {

@@ -101,6 +101,7 @@ void Heuristic::run() {
     quickrand.init(seed);
     stopped.store(false, std::memory_order_relaxed);
     startTime = now();
+    running = true;
     nbIterations = 0;
     bestSolutionTime = 0;
     bestSolutionIterations = 0;
@@ -109,6 +110,8 @@ void Heuristic::run() {
         iterate();
         nextIteration();
     }
+    endTime = now();
+    running = false;
     for (HeuristicCallback* callback : callbacks) callback->heuristicEnded();
 }
 
@@ -200,7 +203,9 @@ unsigned long long Heuristic::getNbRejected() const { return sumOver(moves, &Mov
 unsigned long long Heuristic::getNbImprovements() const { return sumOver(moves, &Move::getNbImprovements); }
 unsigned long long Heuristic::getNbInfeasibles() const { return sumOver(moves, &Move::getNbInfeasibles); }
 
-unsigned int Heuristic::getRunningTime() const { return static_cast<unsigned int>(now() - startTime); }
+unsigned int Heuristic::getRunningTime() const {
+    return static_cast<unsigned int>((running ? now() : endTime) - startTime);
+}
 
 void Heuristic::printStats(std::ostream* out) const {
     *out << "NbAttempted =" << getNbAttempted() << std::endl;

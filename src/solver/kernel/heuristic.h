@@ -80,6 +80,7 @@ public:
     unsigned long long getNbImprovements() const;
     unsigned long long getNbInfeasibles() const;
     unsigned long long getNbIterations() const { return nbIterations; }
+    // Seconds since run() started, or that run's length once it has ended.
     unsigned int getRunningTime() const;
     const Solution& getBestSolution() const { return bestSolution; }
     unsigned int getBestSolutionTime() const { return bestSolutionTime; }
@@ -106,6 +107,8 @@ protected:
     std::vector<Move*> moves;
     std::vector<Move*> movesArray;
     long long startTime = 0;
+    long long endTime = 0;
+    bool running = false;
     unsigned long long nbIterations = 0;
     unsigned int bestSolutionTime = 0;
     unsigned long long bestSolutionIterations = 0;

@@ -36,7 +36,10 @@ public:
     unsigned long long getNbViolatedConstraints() const { return nbViolatedConstraints; }
     const std::vector<long long>& getObjectiveValues() const { return objectiveValues; }
     const std::vector<long long>& getVariableValues() const { return variableValues; }
+    // Filled directly by the conversion from an API solution.
     std::vector<long long>& variables() { return variableValues; }
+    std::vector<long long>& objectives() { return objectiveValues; }
+    void setNbViolatedConstraints(unsigned long long n) { nbViolatedConstraints = n; }
     const Bipartition& getModifications() const { return modifications; }
 
 private:
