@@ -4,6 +4,7 @@
 #include "api/kernelexception.h"
 #include "api/quarrix.h"
 #include "api/qxerror.h"
+#include "builder/dagbuilder.h"
 #include "builder/expressiontools.h"
 #include "builder/expressiontypetools.h"
 
@@ -220,6 +221,12 @@ void QXModel::close() {
         throw KernelException(UNIT, __LINE__, "close",
                               "At least one objective is required in the model.");
     closed = true;
+    try {
+        dagBuilder.reset(new DagBuilder(*this));
+    } catch (...) {
+        closed = false;
+        throw;
+    }
     solver->closeModel();
 }
 

@@ -5,9 +5,11 @@
 #include <cstdint>
 #include <deque>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
+class DagBuilder;
 class Quarrix;
 
 enum class QXObjectiveDirection : uint8_t { Minimize = 0, Maximize = 1 };
@@ -67,11 +69,15 @@ public:
     // Each declaration is a further objective, even of the same expression.
     void addObjective(QXExpression* expr, QXObjectiveDirection direction);
 
-    // Validates every expression, then closes the model for good and moves
-    // the solver to state Stopped. A failure leaves the model open.
+    // Validates every expression, compiles the model (its DagBuilder), then
+    // closes it for good and moves the solver to state Stopped. A failure,
+    // of the checks or of the compilation, leaves the model open.
     void close();
     bool isClosed() const;
-    // Writes the model as a program; needs the model writer (not built yet).
+    // The compiled model, made by close(); null before.
+    DagBuilder* getDagBuilder() const { return dagBuilder.get(); }
+    // Writes the model, its decisions' values and the solver settings that
+    // reproduce a run, as a program of the modeling language.
     void write(const std::string& fileName) const;
     std::string toString() const;
     Quarrix* getQuarrix() const { return solver; }
@@ -104,6 +110,5 @@ private:
     std::vector<QXObjectiveDirection> directions;  // one per objective
     int32_t nbOperands = 0;
     bool closed = false;
-    // The DagBuilder made at closing comes with the graph compiler; until
-    // then there is none, and close() hands the model to nobody.
+    std::unique_ptr<DagBuilder> dagBuilder;  // made at closing
 };

@@ -6,6 +6,7 @@
 #include "solver/kernel/kernelconstants.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace {
 const char* const SOURCE = "src/solver/kernel/propagation";
@@ -63,8 +64,13 @@ void Propagation::initializeImpacted(Dag& dag) {
     modifiedVariables.clear();
     modifiedVariables.reserve(fixed.nbVariables());
     queueHead = 0;
-    highestLevel = 0;
-    anyScheduled = false;
+    levelFlags.assign(fixed.nbRanks(), 0);
+    touchedLevels.clear();
+    touchedLevels.reserve(fixed.nbRanks());
+    for (std::vector<unsigned int>& heap : pendingLevels) {
+        heap.clear();
+        heap.reserve(fixed.nbRanks());
+    }
 }
 
 void Propagation::initializeViolatedConstraintsCost(Dag& dag) {
@@ -86,10 +92,25 @@ void Propagation::schedule(unsigned int node) {
         queue.push_back(node);
         return;
     }
-    unsigned int level = slot >> 2;
     impacted[slot].push_back(node);
-    if (!anyScheduled || level > highestLevel) highestLevel = level;
-    anyScheduled = true;
+    unsigned int level = slot >> 2;
+    unsigned char flags = levelFlags[level];
+    if (flags == 0) touchedLevels.push_back(level);
+    unsigned int pass = (slot & 3) == 3 ? 1 : 0;
+    unsigned char pending = static_cast<unsigned char>(PENDING_FIRST_PASS << pass);
+    if ((flags & pending) == 0) {
+        pendingLevels[pass].push_back(level);
+        std::push_heap(pendingLevels[pass].begin(), pendingLevels[pass].end(), std::greater<unsigned int>());
+    }
+    levelFlags[level] = static_cast<unsigned char>(flags | TOUCHED | pending);
+}
+
+unsigned int Propagation::popLowestLevel(unsigned int pass) {
+    std::vector<unsigned int>& heap = pendingLevels[pass];
+    std::pop_heap(heap.begin(), heap.end(), std::greater<unsigned int>());
+    unsigned int level = heap.back();
+    heap.pop_back();
+    return level;
 }
 
 void Propagation::modifyVariable(Dag& dag, unsigned int node, long long value) {
@@ -134,47 +155,47 @@ bool Propagation::evalNode(Dag& dag, unsigned int node) {
     return evalOne(dag, node) && (queueHead == queue.size() || drainQueue(dag));
 }
 
+// Only the levels holding scheduled nodes are visited, lowest first: an
+// evaluated node schedules its parents on higher levels only, so a level
+// popped from its heap is complete. A move thus costs the nodes it touches,
+// however deep the graph.
 bool Propagation::eval(Dag& dag) {
-    if (anyScheduled) {
-        // Lists grow while they are walked (parents land on higher levels,
-        // never on the level being walked), hence the index loops.
-        for (unsigned int level = 0; level <= highestLevel; ++level) {
-            for (unsigned int k = 1; k <= 2; ++k) {
-                std::vector<unsigned int>& list = impacted[level * 4 + k];
-                for (std::size_t i = 0; i < list.size(); ++i)
-                    if (!evalNode(dag, list[i])) return false;
-            }
-        }
-        for (unsigned int level = 0; level <= highestLevel; ++level) {
-            std::vector<unsigned int>& list = impacted[level * 4 + 3];
+    while (!pendingLevels[0].empty()) {
+        unsigned int level = popLowestLevel(0);
+        for (unsigned int k = 1; k <= 2; ++k) {
+            std::vector<unsigned int>& list = impacted[level * 4 + k];
+            // The list may grow through the queue: walk it by index.
             for (std::size_t i = 0; i < list.size(); ++i)
                 if (!evalNode(dag, list[i])) return false;
         }
+    }
+    while (!pendingLevels[1].empty()) {
+        std::vector<unsigned int>& list = impacted[popLowestLevel(1) * 4 + 3];
+        for (std::size_t i = 0; i < list.size(); ++i)
+            if (!evalNode(dag, list[i])) return false;
     }
     if (!drainQueue(dag)) return false;
     tNbViolatedConstraints = violatedConstraints.sizeIn();
     return true;
 }
 
+// Levels are committed in reverse order of first scheduling, which puts
+// high levels first; a node's commit reads only its own state and its
+// children's new values, so the exact order does not matter.
 void Propagation::commit(Dag& dag) {
-    if (anyScheduled) {
-        for (unsigned int level = highestLevel + 1; level-- > 0;) {
-            for (unsigned int k = 1; k <= 3; ++k) {
-                std::vector<unsigned int>& list = impacted[level * 4 + k];
-                for (unsigned int node : list) {
-                    commitConstraint(dag, node);
-                    dag.clearModified(node);
-                    dag.getNode(node)->commit(dag, node);
-                }
-                list.clear();
-            }
-        }
-    }
-    for (unsigned int node : queue) {
+    auto commitNode = [&](unsigned int node) {
         commitConstraint(dag, node);
         dag.clearModified(node);
         dag.getNode(node)->commit(dag, node);
+    };
+    for (std::size_t t = touchedLevels.size(); t-- > 0;) {
+        for (unsigned int k = 1; k <= 3; ++k) {
+            std::vector<unsigned int>& list = impacted[touchedLevels[t] * 4 + k];
+            for (unsigned int node : list) commitNode(node);
+            list.clear();
+        }
     }
+    for (unsigned int node : queue) commitNode(node);
     notifyCommitListeners();
     endMove();
     if (tViolatedConstraintsCost == 0 && activeConstraints.sizeOut() != 0) activateAllConstraints();
@@ -183,22 +204,18 @@ void Propagation::commit(Dag& dag) {
 }
 
 void Propagation::rollback(Dag& dag) {
-    if (anyScheduled) {
-        for (unsigned int level = 0; level <= highestLevel; ++level) {
-            for (unsigned int k = 1; k <= 3; ++k) {
-                std::vector<unsigned int>& list = impacted[level * 4 + k];
-                for (unsigned int node : list) {
-                    dag.clearModified(node);
-                    dag.getNode(node)->rollback(dag, node);
-                }
-                list.clear();
-            }
-        }
-    }
-    for (unsigned int node : queue) {
+    auto rollbackNode = [&](unsigned int node) {
         dag.clearModified(node);
         dag.getNode(node)->rollback(dag, node);
+    };
+    for (unsigned int level : touchedLevels) {
+        for (unsigned int k = 1; k <= 3; ++k) {
+            std::vector<unsigned int>& list = impacted[level * 4 + k];
+            for (unsigned int node : list) rollbackNode(node);
+            list.clear();
+        }
     }
+    for (unsigned int node : queue) rollbackNode(node);
     endMove();
     tViolatedConstraintsCost = violatedConstraintsCost;
     tNbViolatedConstraints = nbViolatedConstraints;
@@ -209,8 +226,10 @@ void Propagation::endMove() {
     evalViolatedConstraints.clearIn();
     queue.clear();
     queueHead = 0;
-    anyScheduled = false;
-    highestLevel = 0;
+    for (unsigned int level : touchedLevels) levelFlags[level] = 0;
+    touchedLevels.clear();
+    pendingLevels[0].clear();
+    pendingLevels[1].clear();
 }
 
 void Propagation::setConstraintPriority(Dag&, unsigned int node) {

@@ -83,6 +83,7 @@ private:
     bool drainQueue(Dag& dag);
     // Empties the move's lists once its nodes are committed or rolled back.
     void endMove();
+    unsigned int popLowestLevel(unsigned int pass);
 
     unsigned long long tNbViolatedConstraints = 0;
     unsigned long long nbViolatedConstraints = 0;
@@ -105,8 +106,11 @@ private:
     std::vector<unsigned int> slots;
     // Cached from the fixed fields at init, read on every evaluation.
     const unsigned int* constraintPositions = nullptr;
-    // Highest level holding scheduled nodes in this move: the passes stop
-    // there instead of walking every level of a deep graph.
-    unsigned int highestLevel = 0;
-    bool anyScheduled = false;
+    // Levels holding scheduled nodes in this move: all of them in
+    // first-scheduling order, and per pass (lists 1-2, list 3) a min-heap of
+    // those still to evaluate; levelFlags says where each level is listed.
+    static constexpr unsigned char TOUCHED = 1, PENDING_FIRST_PASS = 2;
+    std::vector<unsigned char> levelFlags;
+    std::vector<unsigned int> touchedLevels;
+    std::vector<unsigned int> pendingLevels[2];
 };

@@ -1,0 +1,95 @@
+#include "builder/dagbuilder.h"
+
+#include "api/kernelexception.h"
+#include "api/qxexpression.h"
+#include "api/qxmodel.h"
+#include "api/qxsolution.h"
+#include "builder/dagdefinitionbuilder.h"
+#include "solver/kernel/dag.h"
+#include "solver/kernel/kernelconstants.h"
+
+namespace {
+const char* const UNIT = "src/builder/dagbuilder";
+}
+
+DagBuilder::DagBuilder(const QXModel& model_) : model(model_) {
+    if (!model.isClosed())
+        throw KernelException(UNIT, __LINE__, "DagBuilder",
+                              "The model need to be closed to be transformed");
+    DagDefinitionBuilder::createDagDefinition(model, fixed, expressionNodes);
+    mainDag = std::make_unique<Dag>(fixed);
+    mainDag->init();
+}
+
+DagBuilder::~DagBuilder() = default;
+
+Dag* DagBuilder::getDag(unsigned int i) const {
+    if (i == 0) return mainDag.get();
+    return i - 1 < copies.size() ? copies[i - 1].get() : nullptr;
+}
+
+void DagBuilder::createCopies(unsigned int n) {
+    if (copies.size() >= n) return;
+    std::vector<long long> values;
+    saveVariableValues(*mainDag, values);
+    copies.reserve(n);
+    while (copies.size() < n) {
+        auto copy = std::make_unique<Dag>(fixed);
+        loadVariableValues(*copy, values);
+        copies.push_back(std::move(copy));
+    }
+}
+
+unsigned int DagBuilder::getNode(const QXExpression* expr) const {
+    return expressionNodes[expr->getIndex()];
+}
+
+void DagBuilder::convertSolution(QXSolution* from, std::vector<long long>& variableValues) const {
+    variableValues.assign(fixed.nbVariables(), 0);
+    for (int d = 0; d < model.getNbDecisions(); ++d) {
+        const QXExpression* decision = model.getDecision(d);
+        variableValues[fixed.variableIndex(getNode(decision))] = from->getValue(decision);
+    }
+}
+
+void DagBuilder::convertBackSolution(const std::vector<long long>& variableValues,
+                                     QXSolution* to) const {
+    for (int d = 0; d < model.getNbDecisions(); ++d) {
+        QXExpression* decision = model.getDecision(d);
+        to->setValue(decision, variableValues[fixed.variableIndex(getNode(decision))]);
+    }
+}
+
+unsigned int DagBuilder::countViolatedConstraints(QXSolution* solution) const {
+    unsigned int count = 0;
+    for (int c = 0; c < model.getNbConstraints(); ++c)
+        if (solution->getValue(model.getConstraint(c)) == 0) ++count;
+    return count;
+}
+
+void DagBuilder::loadVariableValues(Dag& dag, const std::vector<long long>& variableValues) {
+    const DagFixedFields& f = dag.getFixedFields();
+    if (!dag.isInit()) {
+        for (unsigned int i = 0; i < f.nbVariables(); ++i)
+            dag.setCurrentValue(f.variables()[i], variableValues[i]);
+        dag.init();
+        return;
+    }
+    Propagation& propagation = dag.getPropagation();
+    propagation.desactivateAllConstraints();
+    for (unsigned int i = 0; i < f.nbVariables(); ++i)
+        propagation.modifyVariable(dag, f.variables()[i], variableValues[i]);
+    if (!propagation.eval(dag)) {
+        propagation.rollback(dag);
+        throw KernelException("src/solver/kernel/dag", __LINE__, "loadSolution",
+                              "Cannot evaluate the loaded solution");
+    }
+    propagation.commit(dag);
+}
+
+void DagBuilder::saveVariableValues(const Dag& dag, std::vector<long long>& variableValues) {
+    const DagFixedFields& f = dag.getFixedFields();
+    variableValues.resize(f.nbVariables());
+    for (unsigned int i = 0; i < f.nbVariables(); ++i)
+        variableValues[i] = dag.currentValue(f.variables()[i]);
+}

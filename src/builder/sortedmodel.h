@@ -1,0 +1,32 @@
+#pragma once
+
+#include <vector>
+
+class QXExpression;
+class QXModel;
+
+// The expressions of a model in depth-first post-order: for each expression
+// in index order, its operands (in operand order) and then itself, each
+// expression once. Every operand therefore precedes its users, which is the
+// order in which constants are folded, nodes are created and the model is
+// written. The walk keeps its own stack: a chain of nested operators as deep
+// as the model costs heap, not call stack.
+class SortedModel {
+public:
+    explicit SortedModel(const QXModel& model);
+
+    const std::vector<const QXExpression*>& expressions() const { return sorted; }
+    bool isAdded(int index) const { return added[index] != 0; }
+
+private:
+    void addExpression(const QXExpression* expr);
+
+    const QXModel& model;
+    std::vector<const QXExpression*> sorted;
+    std::vector<unsigned char> added;  // by expression index
+    struct Frame {
+        const QXExpression* expr;
+        int next;  // next operand to look at
+    };
+    std::vector<Frame> stack;
+};
