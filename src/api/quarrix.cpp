@@ -7,6 +7,7 @@
 #include "api/qxsolution.h"
 #include "api/qxstatistics.h"
 #include "api/solvegraphs.h"
+#include "builder/dagbuilder.h"
 #include "solver/kernel/dag.h"
 #include "solver/kernel/greedysolution.h"
 #include "solver/kernel/parallelizer.h"
@@ -84,7 +85,7 @@ void Quarrix::closeModel() {
 
 void Quarrix::solve() {
     ApiErrors::checkStopped(this, QX_HERE);
-    ApiErrors::fail(QX_HERE, "The local search is not available in this build.");
+    solveOn(*model->getDagBuilder());
 }
 
 void Quarrix::solveOn(SolveGraphs& compiled) {

@@ -7,6 +7,7 @@
 #include "builder/dagdefinitionbuilder.h"
 #include "solver/kernel/dag.h"
 #include "solver/kernel/kernelconstants.h"
+#include "solver/kernel/solution.h"
 
 namespace {
 const char* const UNIT = "src/builder/dagbuilder";
@@ -23,7 +24,7 @@ DagBuilder::DagBuilder(const QXModel& model_) : model(model_) {
 
 DagBuilder::~DagBuilder() = default;
 
-Dag* DagBuilder::getDag(unsigned int i) const {
+Dag* DagBuilder::getDag(unsigned int i) {
     if (i == 0) return mainDag.get();
     return i - 1 < copies.size() ? copies[i - 1].get() : nullptr;
 }
@@ -58,6 +59,18 @@ void DagBuilder::convertBackSolution(const std::vector<long long>& variableValue
         QXExpression* decision = model.getDecision(d);
         to->setValue(decision, variableValues[fixed.variableIndex(getNode(decision))]);
     }
+}
+
+void DagBuilder::convertSolution(QXSolution* from, Solution* to) const {
+    convertSolution(from, to->variables());
+    to->objectives().clear();
+    for (int o = 0; o < model.getNbObjectives(); ++o)
+        to->objectives().push_back(from->getValue(model.getObjective(o)));
+    to->setNbViolatedConstraints(countViolatedConstraints(from));
+}
+
+void DagBuilder::convertBackSolution(const Solution* from, QXSolution* to) const {
+    convertBackSolution(from->getVariableValues(), to);
 }
 
 unsigned int DagBuilder::countViolatedConstraints(QXSolution* solution) const {

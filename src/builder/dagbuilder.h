@@ -1,5 +1,6 @@
 #pragma once
 
+#include "api/solvegraphs.h"
 #include "solver/kernel/dagfixedfields.h"
 
 #include <memory>
@@ -15,19 +16,10 @@ class QXSolution;
 // the map from model expressions to nodes. Made by QXModel::close; lives as
 // long as the model.
 //
-// How a solve uses it:
-//   DagBuilder& builder = *model->getDagBuilder();
-//   std::vector<long long> start;
-//   builder.convertSolution(solution, start);       // API values -> kernel order
-//   builder.createCopies(nbThreads - 1);             // getDag(0 .. nbThreads-1)
-//   DagBuilder::loadVariableValues(*builder.getDag(t), start);
-//   ... search; then the best values back:
-//   builder.convertBackSolution(best, solution);     // decisions, marked dirty
-//
 // Kernel variable values are plain vectors in the fixed fields' variable
 // order (Dag variable index i is node variables()[i]); that is the layout
 // the kernel's stored solutions use too.
-class DagBuilder {
+class DagBuilder : public SolveGraphs {
 public:
     // Throws KernelException when the model is not closed, or when it
     // cannot be compiled (a constant subexpression that divides by zero,
@@ -38,11 +30,11 @@ public:
     DagBuilder& operator=(const DagBuilder&) = delete;
 
     // 0: the main Dag; i >= 1: copy i - 1. Null past the last copy.
-    Dag* getDag(unsigned int i) const;
+    Dag* getDag(unsigned int i) override;
     unsigned int getNbCopies() const { return static_cast<unsigned int>(copies.size()); }
     // Makes sure there are n copies besides the main Dag, each initialised
     // at the main Dag's current variable values. Never removes copies.
-    void createCopies(unsigned int n);
+    void createCopies(unsigned int n) override;
 
     const DagFixedFields& getFixedFields() const { return fixed; }
     const QXModel& getModel() const { return model; }
@@ -56,6 +48,8 @@ public:
     // The reverse: sets every decision of `to` from its variable's value;
     // the API solution recomputes the other expressions when next read.
     void convertBackSolution(const std::vector<long long>& variableValues, QXSolution* to) const;
+    void convertSolution(QXSolution* from, Solution* to) const override;
+    void convertBackSolution(const Solution* from, QXSolution* to) const override;
     // The number of constraints whose value in `solution` is 0.
     unsigned int countViolatedConstraints(QXSolution* solution) const;
 

@@ -441,7 +441,9 @@ private:
             cost += ReferenceEvaluator::violation(fixed, node, values);
             violated += values[node] == 0;
             // A hard constraint is never broken by an accepted move.
-            if (dag.getPropagation().isConstraintActive(dag, node)) ASSERT_EQ(values[node], 1);
+            if (dag.getPropagation().isConstraintActive(dag, node)) {
+                ASSERT_EQ(values[node], 1);
+            }
         }
         ASSERT_EQ(dag.getPropagation().getViolatedConstraintsCost(), cost);
         ASSERT_EQ(dag.getPropagation().getViolatedConstraints().sizeIn(), violated);
@@ -470,7 +472,9 @@ private:
             }
         }
         // Once feasible, the search stays feasible.
-        if (wasFeasible) ASSERT_TRUE(feasible);
+        if (wasFeasible) {
+            ASSERT_TRUE(feasible);
+        }
     }
 
     void remember() {
