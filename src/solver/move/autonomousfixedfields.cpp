@@ -4,7 +4,9 @@
 
 AutonomousFixedFields::AutonomousFixedFields(const DagFixedFields& fixed)
     : fixed(fixed), rootBools(fixed.nbBooleans()), rootSumIndices(fixed.nbNodes(), KernelConstants::NO_NODE) {
+    positionInSum.assign(fixed.nbVariables(), KernelConstants::NO_NODE);
     initRootSums();
+    positionInSum = std::vector<unsigned int>();
     initBoolsToRootSums();
     initFreeBooleans();
     initMonoConstrainedBooleans();
@@ -59,20 +61,25 @@ bool AutonomousFixedFields::addRootSum(unsigned int node) {
             boolean = fixed.child(child, 0);
         }
         // A boolean met twice counts once, with its total effect.
-        unsigned int j = 0;
-        while (j < sum.booleans.size() && sum.booleans[j] != boolean) ++j;
-        if (j == sum.booleans.size()) {
+        unsigned int& j = positionInSum[fixed.variableIndex(boolean)];
+        if (j == KernelConstants::NO_NODE) {
+            j = static_cast<unsigned int>(sum.booleans.size());
             sum.booleans.push_back(boolean);
             sum.coefficients.push_back(coefficient);
         } else {
             sum.coefficients[j] += coefficient;
         }
     }
-    for (std::size_t j = sum.booleans.size(); j-- > 0;) {
-        if (sum.coefficients[j] != 0) continue;
-        sum.booleans.erase(sum.booleans.begin() + j);
-        sum.coefficients.erase(sum.coefficients.begin() + j);
+    for (unsigned int boolean : sum.booleans) positionInSum[fixed.variableIndex(boolean)] = KernelConstants::NO_NODE;
+    // Booleans whose terms cancel out take no part in the sum.
+    std::size_t kept = 0;
+    for (std::size_t j = 0; j < sum.booleans.size(); ++j) {
+        if (sum.coefficients[j] == 0) continue;
+        sum.booleans[kept] = sum.booleans[j];
+        sum.coefficients[kept++] = sum.coefficients[j];
     }
+    sum.booleans.resize(kept);
+    sum.coefficients.resize(kept);
     if (sum.booleans.size() < 2) return false;
     rootSumIndices[node] = static_cast<unsigned int>(rootSums.size());
     rootSums.push_back(std::move(sum));

@@ -75,6 +75,9 @@ private:
     // Adds the root bools of a sum node, merging repeated booleans; false
     // when fewer than two remain.
     bool addRootSum(unsigned int node);
+    // Position of each boolean (by rank) in the root sum being added, so a
+    // sum over n booleans is gathered in O(n); NO_NODE between sums.
+    std::vector<unsigned int> positionInSum;
 
     const DagFixedFields& fixed;
     std::vector<RootBool> rootBools;
