@@ -116,10 +116,12 @@ void Quarrix::createSolver(SolveGraphs& compiled) {
     SearchParams params = SearchParams::fromParam(*param, static_cast<unsigned int>(fixed.objectives().size()));
     for (unsigned int t = 0; t < nbThreads; ++t) {
         Dag* dag = compiled.getDag(t);
-        dag->loadSolution(start);
-        // The user's values break a constraint: a greedy start instead, and
-        // failing that every constraint soft, to be worked back in.
-        if (dag->getPropagation().getViolatedConstraints().sizeIn() != 0 && !greedy.computeSolution(dag))
+        // The user's values break a constraint (or cannot be evaluated): a
+        // greedy start instead, and failing that every constraint soft, to
+        // be worked back in.
+        const bool loaded = dag->loadSolution(start);
+        if ((!loaded || dag->getPropagation().getViolatedConstraints().sizeIn() != 0) &&
+            !greedy.computeSolution(dag))
             dag->getPropagation().desactivateAllConstraints();
         unsigned int seed = rand.nextInt(2147483647u);
         threadEnvs.emplace_back(new ThreadEnv(params, dag, autonomousFixedFields.get(), seed));

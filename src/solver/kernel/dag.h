@@ -60,7 +60,9 @@ public:
     void removeSolutionToNotify(Solution& solution);
     void saveSolution(Solution& solution) const;
     void saveSolutionIncrementally(Solution& solution) const;
-    void loadSolution(const Solution& solution);
+    // False when the stored values cannot be evaluated (a division by zero
+    // on the way): the graph then keeps its previous state.
+    bool loadSolution(const Solution& solution);
 
     // The per-node flag of nodes scheduled in the current move.
     bool isModified(unsigned int node) const { return modifiedFlags[node] != 0; }

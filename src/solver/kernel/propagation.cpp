@@ -160,6 +160,17 @@ bool Propagation::evalNode(Dag& dag, unsigned int node) {
 // popped from its heap is complete. A move thus costs the nodes it touches,
 // however deep the graph.
 bool Propagation::eval(Dag& dag) {
+    // A node that cannot be evaluated (a division by zero, the square root
+    // of a negative number) refuses the move like a broken constraint: the
+    // caller rolls back, and the search goes on.
+    try {
+        return evalScheduled(dag);
+    } catch (const KernelException&) {
+        return false;
+    }
+}
+
+bool Propagation::evalScheduled(Dag& dag) {
     while (!pendingLevels[0].empty()) {
         unsigned int level = popLowestLevel(0);
         for (unsigned int k = 1; k <= 2; ++k) {

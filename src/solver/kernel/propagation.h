@@ -30,8 +30,8 @@ public:
     // Sets a variable's new value for this move; ignored when equal to the
     // committed value or when the variable was already changed in the move.
     void modifyVariable(Dag& dag, unsigned int node, long long value);
-    // False when an active constraint became violated; the move was left
-    // half-evaluated and must be rolled back.
+    // False when an active constraint became violated, or a node could not
+    // be evaluated; the move was left half-evaluated and must be rolled back.
     bool eval(Dag& dag);
     void commit(Dag& dag);
     void rollback(Dag& dag);
@@ -69,6 +69,7 @@ public:
     void check(const Dag& dag) const;
 
 private:
+    bool evalScheduled(Dag& dag);
     void initializeConstraints(Dag& dag);
     void initializePriorities(Dag& dag);
     void initializeImpacted(Dag& dag);

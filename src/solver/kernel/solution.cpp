@@ -103,18 +103,22 @@ void Dag::saveObjectives(Solution& solution) const {
 // Before init the values are simply written; after, they go through one
 // move with every constraint soft (so it cannot be refused), and the ones
 // the loaded state satisfies are made hard again.
-void Dag::loadSolution(const Solution& solution) {
+bool Dag::loadSolution(const Solution& solution) {
     if (solution.variableValues.size() != fixed.nbVariables())
         throw KernelException(DAG_SOURCE, __LINE__, "loadSolution", "Solutions have not the same structure.");
     if (!initialized) {
         for (unsigned int r = 0; r < fixed.nbVariables(); ++r)
             setCurrentValue(fixed.variables()[r], solution.variableValues[r]);
-        return;
+        return true;
     }
     propagation.desactivateAllConstraints();
     for (unsigned int r = 0; r < fixed.nbVariables(); ++r)
         propagation.modifyVariable(*this, fixed.variables()[r], solution.variableValues[r]);
-    propagation.eval(*this);
-    propagation.commit(*this);
+    const bool evaluated = propagation.eval(*this);
+    if (evaluated)
+        propagation.commit(*this);
+    else
+        propagation.rollback(*this);
     propagation.activateAllSatisfiedConstraints(*this);
+    return evaluated;
 }

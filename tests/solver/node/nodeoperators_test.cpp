@@ -56,13 +56,15 @@ void checkOverGrid(NodeType type, unsigned int arity) {
 std::string errorOf(NodeType type, long long a, long long b, std::string& function) {
     TestGraph g;
     unsigned int x = g.integer(), y = g.integer();
-    g.objective(g.add(type, {x, y}));
+    unsigned int node = g.add(type, {x, y});
+    g.objective(node);
     g.close();
     std::unique_ptr<Dag> dag = g.makeDag({6, 3});
+    Propagation& propagation = dag->getPropagation();
+    propagation.modifyVariable(*dag, x, a);
+    propagation.modifyVariable(*dag, y, b);
     try {
-        dag->getPropagation().modifyVariable(*dag, x, a);
-        dag->getPropagation().modifyVariable(*dag, y, b);
-        dag->getPropagation().eval(*dag);
+        dag->getNode(node)->eval(*dag, propagation, node);
     } catch (const KernelException& e) {
         function = e.getFunctionName();
         return e.getExplanation();
@@ -118,6 +120,30 @@ TEST(NodeOperatorsTest, ArithmeticErrorsNameTheirOperation) {
         EXPECT_EQ(e.getFunctionName(), "computeValue");
         EXPECT_EQ(e.getFileName(), "src/solver/node/nodesqrt");
     }
+}
+
+// The propagation turns an operation that cannot be evaluated into a
+// refused move: rolled back, the graph is as before and the next move runs.
+TEST(NodeOperatorsTest, AMoveThatDividesByZeroIsRefusedAndRolledBack) {
+    TestGraph g;
+    unsigned int x = g.integer(), y = g.integer();
+    unsigned int quotient = g.add(Divide, {x, y});
+    unsigned int total = g.add(Sum, {quotient, x});
+    g.objective(total);
+    g.close();
+    std::unique_ptr<Dag> dag = g.makeDag({12, 3});
+    Propagation& propagation = dag->getPropagation();
+    propagation.modifyVariable(*dag, x, 20);
+    propagation.modifyVariable(*dag, y, 0);
+    EXPECT_FALSE(propagation.eval(*dag));
+    propagation.rollback(*dag);
+    EXPECT_EQ(dag->currentValue(total), 16);
+    EXPECT_NO_THROW(propagation.check(*dag));
+    for (unsigned int node : {x, y, quotient, total}) EXPECT_EQ(dag->newValue(node), dag->currentValue(node));
+    propagation.modifyVariable(*dag, y, 4);
+    ASSERT_TRUE(propagation.eval(*dag));
+    propagation.commit(*dag);
+    EXPECT_EQ(dag->currentValue(total), 15);
 }
 
 TEST(NodeOperatorsTest, SumBackToItsValueNotifiesNoParent) {
