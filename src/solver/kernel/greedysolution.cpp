@@ -24,7 +24,12 @@ bool GreedySolution::computeSolution(Dag* dag) const {
         if (evaluated &&
             propagation.getEvalViolatedConstraints().sizeIn() <= propagation.getViolatedConstraints().sizeIn()) {
             propagation.commit(*dag);
-            propagation.activateAllSatisfiedConstraints(*dag);
+            // Every other inactive constraint was violated before the move
+            // and untouched by it: activating those this move satisfied is
+            // activating every satisfied one, at the cost of the move.
+            for (unsigned int node : propagation.getConstraintsSatisfiedByLastCommit())
+                if (!propagation.isConstraintActive(*dag, node) && dag->currentValue(node) != 0)
+                    propagation.activateConstraint(*dag, node);
         } else {
             propagation.rollback(*dag);
         }

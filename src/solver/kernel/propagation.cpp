@@ -194,6 +194,7 @@ bool Propagation::evalScheduled(Dag& dag) {
 // high levels first; a node's commit reads only its own state and its
 // children's new values, so the exact order does not matter.
 void Propagation::commit(Dag& dag) {
+    satisfiedByLastCommit.clear();
     auto commitNode = [&](unsigned int node) {
         commitConstraint(dag, node);
         dag.clearModified(node);
@@ -304,10 +305,12 @@ void Propagation::evalConstraint(Dag& dag, unsigned int node) {
 void Propagation::commitConstraint(Dag& dag, unsigned int node) {
     unsigned int position = constraintPositions[node];
     if (position == KernelConstants::NO_NODE || activeConstraints.isIn(position)) return;
-    if (dag.newValue(node) != 0)
+    if (dag.newValue(node) != 0) {
+        if (violatedConstraints.isIn(position)) satisfiedByLastCommit.push_back(node);
         violatedConstraints.setOut(position);
-    else
+    } else {
         violatedConstraints.setIn(position);
+    }
 }
 
 void Propagation::check(const Dag& dag) const {

@@ -57,6 +57,9 @@ public:
     const Bipartition& getActiveConstraints() const { return activeConstraints; }
     const Bipartition& getViolatedConstraints() const { return violatedConstraints; }
     const Bipartition& getEvalViolatedConstraints() const { return evalViolatedConstraints; }
+    // The inactive constraints that the last committed move satisfied: the
+    // only ones a caller may newly activate after that move.
+    const std::vector<unsigned int>& getConstraintsSatisfiedByLastCommit() const { return satisfiedByLastCommit; }
     long long getViolatedConstraintsCost() const { return violatedConstraintsCost; }
     long long getTViolatedConstraintsCost() const { return tViolatedConstraintsCost; }
     unsigned long long getNbViolatedConstraints() const { return nbViolatedConstraints; }
@@ -93,6 +96,7 @@ private:
     // impacted[level * 4 + k]: pending nodes of priority class k (1..3).
     std::vector<std::vector<unsigned int>> impacted;
     std::vector<unsigned int> queue;
+    std::vector<unsigned int> satisfiedByLastCommit;
     unsigned int queueHead = 0;
     std::vector<unsigned int> modifiedVariables;
     Bipartition activeConstraints;
