@@ -90,6 +90,8 @@ void DagDefinitionBuilder::markExpression(const QXExpression* expr) {
         return;
     }
     setMark(expr, NODE_MARK);
+    // Becomes a Constant node: its operands need no node for it.
+    if (isConstant(expr)) return;
     const QXOperator op = expr->getOperator();
     if (!isValidOperator(op))
         throw KernelException(UNIT, __LINE__, "markExpression",

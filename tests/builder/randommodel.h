@@ -10,6 +10,7 @@
 #include "api/qxexpression.h"
 #include "api/qxmodel.h"
 #include "api/qxoperator.h"
+#include "builder/expressiontools.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -19,10 +20,16 @@
 
 class RandomModel {
 public:
-    RandomModel(QXModel* model, unsigned int seed) : model(model), random(seed) {
+    // `forLanguage`: a model the language can read back the same: no
+    // objective on a constant (the language declares objectives on
+    // expressions only, and computes constant subexpressions as plain
+    // integers), and no constant 9223372036854775807 (the compiler's "not
+    // constant" mark, which it never folds while the language does).
+    RandomModel(QXModel* model, unsigned int seed, bool forLanguage = false)
+        : model(model), random(seed), forLanguage(forLanguage) {
         for (unsigned int i = 0, n = pick(3, 30); i < n; ++i) {
             QXExpression* x = model->createExpression(QXOperator::Bool);
-            remember(x, false);
+            remember(x, false, 0);
             decisions.push_back(x);
         }
         for (unsigned int i = 0, n = pick(20, 120); i < n; ++i) addRandomExpression();
@@ -45,10 +52,11 @@ private:
         return std::uniform_int_distribution<unsigned int>(low, high)(random);
     }
 
-    void remember(QXExpression* e, bool constant) {
-        if (static_cast<std::size_t>(e->getIndex()) >= folded.size())
-            folded.resize(e->getIndex() + 1, 0);
+    void remember(QXExpression* e, bool constant, int64_t value) {
+        folded.resize(e->getIndex() + 1, 0);
+        foldedValues.resize(e->getIndex() + 1, 0);
         folded[e->getIndex()] = constant ? 1 : 0;
+        foldedValues[e->getIndex()] = value;
         all.push_back(e);
         if (isBoolean(e)) booleans.push_back(e);
     }
@@ -71,13 +79,14 @@ private:
                                         std::numeric_limits<int64_t>::max() - 1,
                                         std::numeric_limits<int64_t>::min() + 1};
         if (pick(0, 9) < 8) return SMALL[pick(0, 9)];
-        return LARGE[pick(0, 6)];
+        const int64_t v = LARGE[pick(0, 6)];
+        return v == std::numeric_limits<int64_t>::max() && forLanguage ? v - 1 : v;
     }
     QXExpression* constant(int64_t v) {
         QXExpression* c = model->createConstant(v);
         // Every expression passes through remember, so a new one is past
         // the end of `folded`.
-        if (static_cast<std::size_t>(c->getIndex()) >= folded.size()) remember(c, true);
+        if (static_cast<std::size_t>(c->getIndex()) >= folded.size()) remember(c, true, v);
         return c;
     }
 
@@ -94,13 +103,19 @@ private:
     }
 
     QXExpression* make(QXOperator op, const std::vector<QXExpression*>& operands) {
-        QXExpression* e = model->createExpression(op);
         bool constant = op != QXOperator::Bool;
+        ExpressionTools::Values values;
         for (QXExpression* operand : operands) {
-            e->addOperand(operand);
             constant = constant && isFolded(operand);
+            if (constant) values.push_back(foldedValues[operand->getIndex()]);
         }
-        remember(e, constant);
+        const int64_t value = constant ? ExpressionTools::callEvaluator(op, values) : 0;
+        // Computed to the "not constant" mark: its first operand instead.
+        if (forLanguage && constant && value == std::numeric_limits<int64_t>::max())
+            return operands[0];
+        QXExpression* e = model->createExpression(op);
+        for (QXExpression* operand : operands) e->addOperand(operand);
+        remember(e, constant, value);
         return e;
     }
 
@@ -189,13 +204,18 @@ private:
         std::shuffle(candidates.begin(), candidates.end(), random);
         for (unsigned int k = 0, n = std::min<unsigned int>(pick(0, 5), candidates.size()); k < n; ++k)
             model->addConstraint(candidates[k]);
-        for (unsigned int k = 0, n = pick(1, 3); k < n; ++k)
-            model->addObjective(all[pick(0, static_cast<unsigned int>(all.size()) - 1)],
-                                pick(0, 1) ? QXObjectiveDirection::Maximize
-                                           : QXObjectiveDirection::Minimize);
+        for (unsigned int k = 0, n = pick(1, 3); k < n;) {
+            QXExpression* e = all[pick(0, static_cast<unsigned int>(all.size()) - 1)];
+            if (forLanguage && isFolded(e)) continue;
+            model->addObjective(e, pick(0, 1) ? QXObjectiveDirection::Maximize
+                                              : QXObjectiveDirection::Minimize);
+            ++k;
+        }
     }
 
+    bool forLanguage;
     std::vector<QXExpression*> all;
     std::vector<QXExpression*> booleans;
     std::vector<unsigned char> folded;  // by expression index
+    std::vector<int64_t> foldedValues;  // by expression index, where folded
 };
