@@ -193,3 +193,55 @@ TEST(DagBuilder, HugeViolationsNeverAddUpToFeasible) {
     EXPECT_EQ(propagation.getNbViolatedConstraints(), 3u);
     EXPECT_GT(propagation.getViolatedConstraintsCost(), 0);
 }
+
+// Every operator, plain and scaled, over two operands that each take two
+// values among the 64-bit extremes and small values: every combination of
+// values is reached, so a bound that misses a wrapped or extreme result
+// shows up.
+TEST(DagBuilder, BoundsHoldAtTheExtremes) {
+    const int64_t min = std::numeric_limits<int64_t>::min();
+    const int64_t max = std::numeric_limits<int64_t>::max();
+    const int64_t values[] = {min, min + 1, -3, -1, 0, 1, 2, max - 1, max};
+    Quarrix solver;
+    QXModel* model = solver.getModel();
+    QXExpression* x = model->createExpression(QXOperator::Bool);
+    QXExpression* y = model->createExpression(QXOperator::Bool);
+    using Op = QXOperator;
+    auto objective = [&](QXExpression* e) { model->addObjective(e, QXObjectiveDirection::Maximize); };
+    for (int64_t a : values)
+        for (int64_t b : values)
+            for (int64_t c : values)
+                for (int64_t d : values) {
+                    if (a > b || c > d) continue;  // each range once
+                    QXExpression* s = model->createExpression(Op::Iif, x, a, b);
+                    QXExpression* t = model->createExpression(Op::Iif, y, c, d);
+                    for (Op op : {Op::Dist, Op::Sum, Op::Prod, Op::Max, Op::Min, Op::Lt, Op::Eq})
+                        objective(model->createExpression(op, s, t));
+                    objective(model->createExpression(Op::Abs, s));
+                    if (a >= 0) objective(model->createExpression(Op::Sqrt, s));
+                    if (c != 0 && d != 0) {
+                        objective(model->createExpression(Op::Div, s, t));
+                        objective(model->createExpression(Op::Mod, s, t));
+                    }
+                    // Scalar forms, with c as the factor.
+                    if (c == 0 || c == 1 || c == max) continue;
+                    QXExpression* scaled = model->createExpression(Op::Prod, c, s);
+                    objective(scaled);
+                    objective(model->createExpression(Op::Sum, scaled, t));
+                    objective(model->createExpression(Op::Max, scaled, t));
+                    objective(model->createExpression(Op::Min, scaled, t));
+                    objective(model->createExpression(Op::Prod, c, s, t));
+                }
+    model->close();
+    DagBuilder& builder = *model->getDagBuilder();
+    const DagFixedFields& fixed = builder.getFixedFields();
+    for (NodeType type : {Scalar, ScalarSum, ScalarMax, ScalarMin, ScalarProduct, Divide, Modulo,
+                          Sqrt, Distance, Abs, Product})
+        EXPECT_GT(fixed.nbNodesOfType(type), 0u) << NodeTypeUtils::toString(type);
+    QXSolution& solution = *solver.getSolution();
+    for (int64_t vx : {0, 1})
+        for (int64_t vy : {0, 1}) {
+            assign(builder, solution, {x, y}, {vx, vy});
+            compareWithModel(builder, solution, "x = " + std::to_string(vx) + ", y = " + std::to_string(vy));
+        }
+}
