@@ -91,7 +91,7 @@ void DagDefinitionBuilder::markExpression(const QXExpression* expr) {
     }
     setMark(expr, NODE_MARK);
     // Becomes a Constant node: its operands need no node for it.
-    if (isConstant(expr)) return;
+    if (foldsToConstant(expr)) return;
     const QXOperator op = expr->getOperator();
     if (!isValidOperator(op))
         throw KernelException(UNIT, __LINE__, "markExpression",
@@ -132,6 +132,10 @@ void DagDefinitionBuilder::setNode(const QXExpression* expr, unsigned int node) 
 
 bool DagDefinitionBuilder::isConstant(const QXExpression* expr) const {
     return constants[expr->getIndex()] != KernelConstants::NOT_CONSTANT;
+}
+
+bool DagDefinitionBuilder::foldsToConstant(const QXExpression* expr) const {
+    return isConstant(expr) && !expr->isConstraint();
 }
 
 long long DagDefinitionBuilder::getConstant(const QXExpression* expr) const {

@@ -56,7 +56,7 @@ void createNode(TemporaryDagFixedFields& temporary, const QXExpression* expr,
     }
     // A constant subexpression is its value: abs(-5) is the constant 5, as
     // the language itself computes it when it reads the model back.
-    if (builder.isConstant(expr)) {
+    if (builder.foldsToConstant(expr)) {
         builder.setNode(expr, builder.createConstantWithExpression(temporary, expr));
         return;
     }

@@ -148,6 +148,24 @@ TEST(DagBuilder, ConstantsFoldedAndSharedUnusedExpressionsDropped) {
     EXPECT_EQ(builder.getNode(minusOne), KernelConstants::NO_NODE);
 }
 
+// Constant constraints keep nodes of their own: folded to the constant 1,
+// two of them would be one node constrained twice.
+TEST(DagBuilder, ConstantConstraintsStayApart) {
+    Quarrix solver;
+    QXModel* model = solver.getModel();
+    QXExpression* x = model->createExpression(QXOperator::Bool);
+    model->addConstraint(model->createExpression(QXOperator::Eq, 2, 2));
+    model->addConstraint(model->createExpression(QXOperator::Leq, 1, 2));
+    model->addConstraint(model->createConstant(1));
+    model->addObjective(x, QXObjectiveDirection::Maximize);
+    model->close();
+    const DagFixedFields& fixed = model->getDagBuilder()->getFixedFields();
+    ASSERT_EQ(fixed.nbConstraints(), 3u);
+    EXPECT_EQ(fixed.type(fixed.constraints()[0]), Eq);
+    EXPECT_EQ(fixed.type(fixed.constraints()[1]), Leq);
+    EXPECT_EQ(fixed.type(fixed.constraints()[2]), Constant);
+}
+
 TEST(DagBuilder, ConstantErrorsRefuseTheClosing) {
     struct Case {
         QXOperator op;
