@@ -84,6 +84,11 @@ TEST(DagBuilder, RandomModelsCompileToTheApiValuesWithinBounds) {
             assign(builder, solution, random.decisions, random.randomDecisionValues());
             compareWithModel(builder, solution, where + " round " + std::to_string(round));
         }
+        // A copy for a further thread starts where the main Dag is.
+        builder.createCopies(1);
+        for (unsigned int node = 0; node < fixed.nbNodes(); ++node)
+            ASSERT_EQ(builder.getDag(1)->currentValue(node), builder.getDag(0)->currentValue(node))
+                << where << " node " << node;
         if (HasFailure()) return;
     }
     // Every node type a model can produce was produced (all but Integer).
