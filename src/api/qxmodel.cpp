@@ -7,6 +7,9 @@
 #include "builder/dagbuilder.h"
 #include "builder/expressiontools.h"
 #include "builder/expressiontypetools.h"
+#include "builder/modelwriter.h"
+
+#include <fstream>
 
 namespace {
 const char* const UNIT = "src/api/qxmodel";
@@ -238,9 +241,9 @@ bool QXModel::isClosed() const {
 void QXModel::write(const std::string& fileName) const {
     ApiErrors::checkPausedOrStopped(solver, QX_HERE);
     if (fileName.empty()) ApiErrors::fail(QX_HERE, ApiErrors::emptyArgument("fileName"));
-    // The file is not opened: opening truncates it, and there is nothing to
-    // write into it until the model writer exists.
-    ApiErrors::fail(QX_HERE, "The model writer is not available in this build.");
+    std::ofstream file(fileName, std::ios::out | std::ios::trunc);
+    if (!file) ApiErrors::fail(QX_HERE, "Cannot write the model in file '" + fileName + "'.");
+    ModelWriter(*this, dagBuilder.get(), &file).write();
 }
 
 std::string QXModel::toString() const {

@@ -36,6 +36,10 @@ public:
     unsigned int getNode(const QXExpression* expr) const;
     void setNode(const QXExpression* expr, unsigned int node);
     bool isConstant(const QXExpression* expr) const;
+    // A constant subexpression becomes the Constant node of its value,
+    // except a constraint: two constraints on one node are refused, and
+    // eq(2, 2) and leq(1, 2) may both be constraints.
+    bool foldsToConstant(const QXExpression* expr) const;
     long long getConstant(const QXExpression* expr) const;
     void associateConstant(const QXExpression* expr, long long value);
     int32_t getMark(const QXExpression* expr) const;
@@ -74,6 +78,7 @@ private:
     void createAllNodes();
     void addConstraints();
     void addObjectives();
+    void releaseScratch();
 
     const QXModel& model;
     std::vector<unsigned int>& nodes;  // by expression index

@@ -54,6 +54,12 @@ void createNode(TemporaryDagFixedFields& temporary, const QXExpression* expr,
         builder.setNode(expr, builder.createConstant(temporary, expr->getValue()));
         return;
     }
+    // A constant subexpression is its value: abs(-5) is the constant 5, as
+    // the language itself computes it when it reads the model back.
+    if (builder.foldsToConstant(expr)) {
+        builder.setNode(expr, builder.createConstantWithExpression(temporary, expr));
+        return;
+    }
     if (!isValidOperator(op))
         throw KernelException(UNIT, __LINE__, "createNode",
                               "Operator " + std::to_string(static_cast<unsigned>(op)) + " unknown.");

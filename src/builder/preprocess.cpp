@@ -7,7 +7,9 @@
 #include "solver/kernel/kernelconstants.h"
 #include "solver/kernel/nodetypeutils.h"
 
-#include <map>
+#include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -22,6 +24,33 @@ bool flattenForNode(const QXExpression* expr, DagDefinitionBuilder& builder, Fla
     return true;
 }
 
+using NodeTerms = std::vector<std::pair<unsigned int, long long>>;
+
+// The flattened terms as (node, weight) pairs sorted by node, `extra`
+// included: terms reached through different expressions of one node (x and
+// and(x)) meet here. `byNode`: one pair per node, the weights added
+// (wrapping); otherwise one pair per distinct (node, weight). A sorted
+// vector rather than a map: a sum of a million terms costs 16 bytes a term
+// and one sort.
+void nodeTerms(const FlatTerms& flat, const DagDefinitionBuilder& builder, bool byNode,
+               const NodeTerms& extra, NodeTerms& out) {
+    out.clear();
+    out.reserve(flat.terms.size() + extra.size());
+    for (const auto& term : flat.terms) out.emplace_back(builder.getNode(term.first), term.second);
+    out.insert(out.end(), extra.begin(), extra.end());
+    std::sort(out.begin(), out.end());
+    std::size_t kept = 0;
+    for (const auto& term : out) {
+        if (kept > 0 && out[kept - 1].first == term.first &&
+            (byNode || out[kept - 1].second == term.second)) {
+            if (byNode) out[kept - 1].second = WrapArith::add(out[kept - 1].second, term.second);
+            continue;
+        }
+        out[kept++] = term;
+    }
+    out.resize(kept);
+}
+
 // Min or Max: children sorted by node, each (node, coefficient) once.
 void createExtremum(TemporaryDagFixedFields& temporary, const QXExpression* expr,
                     DagDefinitionBuilder& builder, NodeType plain, NodeType scaled) {
@@ -31,16 +60,18 @@ void createExtremum(TemporaryDagFixedFields& temporary, const QXExpression* expr
         builder.setNode(expr, builder.createConstant(temporary, flat.constant));
         return;
     }
-    std::map<std::pair<unsigned int, long long>, bool> terms;
-    for (const auto& term : flat.terms) terms[{builder.getNode(term.first), term.second}] = true;
-    if (flat.hasConstant) terms[{builder.createConstant(temporary, flat.constant), 1}] = true;
+    NodeTerms extra, terms;
+    if (flat.hasConstant) extra.emplace_back(builder.createConstant(temporary, flat.constant), 1);
+    nodeTerms(flat, builder, false, extra, terms);
     std::vector<unsigned int> childs;
     std::vector<long long> coefficients;
+    childs.reserve(terms.size());
+    coefficients.reserve(terms.size());
     bool allOne = true;
     for (const auto& term : terms) {
-        childs.push_back(term.first.first);
-        coefficients.push_back(term.first.second);
-        allOne = allOne && term.first.second == 1;
+        childs.push_back(term.first);
+        coefficients.push_back(term.second);
+        allOne = allOne && term.second == 1;
     }
     if (allOne)
         builder.setNode(expr, builder.createInnerNode(temporary, plain, childs));
@@ -62,19 +93,13 @@ void PreprocessSum::createNode(TemporaryDagFixedFields& temporary, const QXExpre
         builder.setNode(expr, builder.createConstant(temporary, flat.constant));
         return;
     }
-    // By node: a term reached through different expressions of the same
-    // node (x and and(x)) adds up.
-    std::map<unsigned int, long long> terms;
-    for (const auto& term : flat.terms) {
-        long long& coefficient = terms[builder.getNode(term.first)];
-        coefficient = WrapArith::add(coefficient, term.second);
-    }
-    if (flat.constant != 0) {
-        long long& coefficient = terms[builder.createConstant(temporary, 1)];
-        coefficient = WrapArith::add(coefficient, flat.constant);
-    }
+    NodeTerms extra, terms;
+    if (flat.constant != 0) extra.emplace_back(builder.createConstant(temporary, 1), flat.constant);
+    nodeTerms(flat, builder, true, extra, terms);
     std::vector<unsigned int> childs;
     std::vector<long long> coefficients;
+    childs.reserve(terms.size());
+    coefficients.reserve(terms.size());
     bool isSum = true, allBoolean = true;
     for (const auto& term : terms) {
         childs.push_back(term.first);
@@ -101,8 +126,8 @@ void PreprocessProduct::createNode(TemporaryDagFixedFields& temporary, const QXE
         builder.setNode(expr, builder.createConstant(temporary, factor));
         return;
     }
-    std::map<unsigned int, long long> multiplicities;
-    for (const auto& term : flat.terms) multiplicities[builder.getNode(term.first)] += term.second;
+    NodeTerms multiplicities;
+    nodeTerms(flat, builder, true, {}, multiplicities);
     std::vector<unsigned int> childs;
     for (const auto& term : multiplicities) childs.insert(childs.end(), term.second, term.first);
     if (factor == 1) {

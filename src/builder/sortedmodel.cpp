@@ -30,3 +30,9 @@ void SortedModel::addExpression(const QXExpression* root) {
         stack.pop_back();
     }
 }
+
+void SortedModel::release() {
+    std::vector<const QXExpression*>().swap(sorted);
+    std::vector<unsigned char>().swap(added);
+    std::vector<Frame>().swap(stack);
+}

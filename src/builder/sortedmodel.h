@@ -17,6 +17,8 @@ public:
 
     const std::vector<const QXExpression*>& expressions() const { return sorted; }
     bool isAdded(int index) const { return added[index] != 0; }
+    // Frees the order once its user is done with it.
+    void release();
 
 private:
     void addExpression(const QXExpression* expr);

@@ -3,6 +3,9 @@
 #include "solver/kernel/nodetypeutils.h"
 #include "solver/kernel/temporarydagfixedfields.h"
 
+#include <algorithm>
+#include <limits>
+
 void DagFixedFields::init(const TemporaryDagFixedFields& t) {
     initGlobal(t);
     initTypes(t);
@@ -18,6 +21,8 @@ void DagFixedFields::initGlobal(const TemporaryDagFixedFields& t) {
     constraintNodes = t.constraintNodes();
     objectiveNodes = t.objectiveNodes();
     objectiveDirections = t.directions();
+    maxViolation = std::numeric_limits<long long>::max() /
+                   std::max<long long>(1, static_cast<long long>(constraintNodes.size()));
     constraintPositions.resize(nodeCount);
     ranks.resize(nodeCount);
     for (unsigned int node = 0; node < nodeCount; ++node) {

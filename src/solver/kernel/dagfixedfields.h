@@ -22,6 +22,10 @@ public:
     unsigned int nbConstraints() const { return static_cast<unsigned int>(constraintNodes.size()); }
     const std::vector<unsigned int>& objectives() const { return objectiveNodes; }
     const std::vector<ObjectiveDirection>& directions() const { return objectiveDirections; }
+    // The largest cost of one violated constraint: the costs of all
+    // constraints together must fit in 64 bits, or a sum that wraps to 0
+    // would pass an infeasible state for a feasible one.
+    long long violationCap() const { return maxViolation; }
     unsigned int nbRanks() const { return static_cast<unsigned int>(rankOffsets.size()) - 1; }
     unsigned int rank(unsigned int node) const { return ranks[node]; }
     const unsigned int* ranksData() const { return ranks.data(); }
@@ -98,6 +102,7 @@ private:
     std::vector<unsigned int> constraintPositions;
     std::vector<unsigned int> objectiveNodes;
     std::vector<ObjectiveDirection> objectiveDirections;
+    long long maxViolation = 0;
     std::vector<unsigned int> ranks;
     std::vector<unsigned int> rankOffsets{0};  // nbRanks + 1 entries
     std::vector<unsigned int> rankNodes;

@@ -38,39 +38,42 @@ long long productAndDivide(long long a, long long b, long long d) {
 }  // namespace MathOverflow
 
 namespace {
-// A range end times another: product() saturates 0 x (63-bit value) to the
-// minimum, which would lose the 0 that such a range does contain.
-long long endProduct(long long a, long long b) {
-    return a == 0 || b == 0 ? 0 : MathOverflow::product(a, b);
+// Node values wrap around in 64 bits: a range is exact when all of it fits,
+// otherwise a wrapped value can be anything and only the whole 64-bit range
+// contains it.
+void fitRange(__int128 low, __int128 high, long long& min, long long& max) {
+    if (low < MIN || high > MAX) {
+        min = MIN;
+        max = MAX;
+    } else {
+        min = static_cast<long long>(low);
+        max = static_cast<long long>(high);
+    }
 }
 }  // namespace
 
 namespace MathOverflow {
 
 void scaleRange(long long factor, long long low, long long high, long long& min, long long& max) {
-    if (factor == 0) {
-        min = max = 0;
-        return;
-    }
-    long long a = endProduct(factor, low), b = endProduct(factor, high);
-    min = factor > 0 ? a : b;
-    max = factor > 0 ? b : a;
+    multiplyRanges(factor, factor, low, high, min, max);
 }
 
 void multiplyRanges(long long lowX, long long highX, long long lowY, long long highY,
                     long long& min, long long& max) {
-    long long corners[4] = {endProduct(lowX, lowY), endProduct(lowX, highY), endProduct(highX, lowY),
-                            endProduct(highX, highY)};
-    min = max = corners[0];
-    for (long long c : corners) {
-        if (c < min) min = c;
-        if (c > max) max = c;
+    const __int128 corners[4] = {static_cast<__int128>(lowX) * lowY, static_cast<__int128>(lowX) * highY,
+                                 static_cast<__int128>(highX) * lowY, static_cast<__int128>(highX) * highY};
+    __int128 low = corners[0], high = corners[0];
+    for (__int128 c : corners) {
+        if (c < low) low = c;
+        if (c > high) high = c;
     }
+    fitRange(low, high, min, max);
 }
 
-}  // namespace MathOverflow
-
-namespace MathOverflow {
+void addRanges(long long lowX, long long highX, long long lowY, long long highY, long long& min,
+               long long& max) {
+    fitRange(static_cast<__int128>(lowX) + lowY, static_cast<__int128>(highX) + highY, min, max);
+}
 
 void absRange(long long low, long long high, long long& min, long long& max) {
     if (low >= 0) {
@@ -86,15 +89,9 @@ void absRange(long long low, long long high, long long& min, long long& max) {
     if (low == MIN) min = MIN;
 }
 
-// The exact difference of the extremes can need 65 bits: compute it wide
-// and clamp.
 void differenceRange(long long lowX, long long highX, long long lowY, long long highY,
                      long long& min, long long& max) {
-    auto clamp = [](__int128 v) {
-        return v > MAX ? MAX : v < MIN ? MIN : static_cast<long long>(v);
-    };
-    min = clamp(static_cast<__int128>(lowX) - highY);
-    max = clamp(static_cast<__int128>(highX) - lowY);
+    fitRange(static_cast<__int128>(lowX) - highY, static_cast<__int128>(highX) - lowY, min, max);
 }
 
 }  // namespace MathOverflow

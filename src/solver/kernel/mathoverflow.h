@@ -15,18 +15,22 @@ unsigned int logBit(long long a);
 long long productAndDivide(long long a, long long b, long long d);
 }  // namespace MathOverflow
 
+// Ranges of node values, which wrap around in 64 bits: each is the exact
+// range when it fits in 64 bits, else the whole 64-bit range (a wrapped
+// value can then be anything). Never saturated: a saturated end would leave
+// the wrapped values outside.
 namespace MathOverflow {
-// Range of factor * x for x in [low, high], saturated; [0, 0] for factor 0.
+// Range of factor * x for x in [low, high]; [0, 0] for factor 0.
 void scaleRange(long long factor, long long low, long long high, long long& min, long long& max);
-// Range of x * y over two ranges, saturated.
+// Range of x * y over two ranges.
 void multiplyRanges(long long lowX, long long highX, long long lowY, long long highY,
                     long long& min, long long& max);
-}  // namespace MathOverflow
-
-namespace MathOverflow {
+// Range of x + y over two ranges.
+void addRanges(long long lowX, long long highX, long long lowY, long long highY, long long& min,
+               long long& max);
 // Range of |x| for x in [low, high]; the most negative value keeps itself.
 void absRange(long long low, long long high, long long& min, long long& max);
-// Range of x - y, saturated.
+// Range of x - y.
 void differenceRange(long long lowX, long long highX, long long lowY, long long highY,
                      long long& min, long long& max);
 }  // namespace MathOverflow

@@ -19,14 +19,10 @@ public:
         Node::eval(dag, propagation, node);
     }
     long long initialViolatedConstraintCost(const Dag& dag, unsigned int node) const override {
-        ValueView before = dag.currentValuesData();
-        return violation(child(dag, before, node, 0), child(dag, before, node, 1));
+        return cost(dag, dag.currentValuesData(), node);
     }
     long long evalViolatedConstraintCost(const Dag& dag, unsigned int node) const override {
-        ValueView now = dag.newValuesData();
-        ValueView before = dag.currentValuesData();
-        return violation(child(dag, now, node, 0), child(dag, now, node, 1)) -
-               violation(child(dag, before, node, 0), child(dag, before, node, 1));
+        return cost(dag, dag.newValuesData(), node) - cost(dag, dag.currentValuesData(), node);
     }
 
 protected:
@@ -34,6 +30,13 @@ protected:
     virtual long long violation(long long a, long long b) const { return compare(a, b) ? 0 : 1; }
     // max(0, x - y + margin), exact and clamped to the 64-bit maximum.
     static long long excess(long long x, long long y, long long margin);
+    // The violation capped so that the costs of all constraints add up
+    // without overflow; still at least 1 when violated.
+    long long cost(const Dag& dag, ValueView values, unsigned int node) const {
+        long long v = violation(child(dag, values, node, 0), child(dag, values, node, 1));
+        long long cap = dag.getFixedFields().violationCap();
+        return v < cap ? v : cap;
+    }
     static long long child(const Dag& dag, ValueView values, unsigned int node, unsigned int i) {
         return values[dag.getFixedFields().child(node, i)];
     }

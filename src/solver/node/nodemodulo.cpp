@@ -3,6 +3,8 @@
 #include "api/kernelexception.h"
 #include "solver/kernel/mathoverflow.h"
 
+#include <limits>
+
 long long NodeModulo::compute(const DagFixedFields& fixed, ValueView values, unsigned int node,
                               const char* operation) {
     long long a = childValue(fixed, values, node, 0), b = childValue(fixed, values, node, 1);
@@ -30,6 +32,8 @@ void NodeModulo::computeBounds(const TemporaryDagFixedFields& t, unsigned int no
     unsigned int a = t.nodeChild(node, 0), b = t.nodeChild(node, 1);
     long long divisor = std::max(MathOverflow::abs(t.min(b)), MathOverflow::abs(t.max(b)));
     long long limit = divisor > 0 ? divisor - 1 : 0;
+    // |min| is one more than max: a remainder by it can reach max.
+    if (t.min(b) == std::numeric_limits<long long>::min()) limit = std::numeric_limits<long long>::max();
     min = t.min(a) >= 0 ? 0 : std::max(t.min(a), -limit);
     max = t.max(a) <= 0 ? 0 : std::min(t.max(a), limit);
 }

@@ -6,8 +6,8 @@
 #include "solver/node/nodenarytemplate.h"
 
 // Sums: Sum (children), ScalarSum (coefficient x child) and BooleanSum
-// (boolean children). Values wrap around in 64 bits; whether they can
-// overflow is judged at build time from the bounds.
+// (boolean children). Values wrap around in 64 bits; bounds are the whole
+// 64-bit range when the sum can overflow.
 //
 // eval costs one step per modified child: the node's value moves by the
 // modified terms' deltas. canDecrease / canIncrease are the not-min and
@@ -70,8 +70,7 @@ public:
         for (unsigned int i = 0; i < t.nbChilds(node); ++i) {
             long long low, high;
             Base::termRange(t, node, i, low, high);
-            min = MathOverflow::sum(min, low);
-            max = MathOverflow::sum(max, high);
+            MathOverflow::addRanges(min, max, low, high, min, max);
         }
     }
 };

@@ -46,7 +46,21 @@ TEST(MathOverflowTest, RangesKeepZeroAndTheMinimum) {
     EXPECT_EQ(high, 4);
     MathOverflow::absRange(MIN, 3, low, high);
     EXPECT_EQ(low, MIN);  // |MIN| wraps to MIN
+    // Ranges of wrapping values: exact when they fit, else everything (MAX -
+    // MIN wraps to -1, below a saturated lower end).
     MathOverflow::differenceRange(0, MAX, MIN, 0, low, high);
-    EXPECT_EQ(low, 0);
+    EXPECT_EQ(low, MIN);
+    EXPECT_EQ(high, MAX);
+    MathOverflow::differenceRange(-5, MAX, 0, 3, low, high);
+    EXPECT_EQ(low, -8);
+    EXPECT_EQ(high, MAX);
+    MathOverflow::scaleRange(4, 0, MAX / 4 + 1, low, high);
+    EXPECT_EQ(low, MIN);
+    EXPECT_EQ(high, MAX);
+    MathOverflow::addRanges(MAX - 1, MAX - 1, 0, 1, low, high);
+    EXPECT_EQ(low, MAX - 1);
+    EXPECT_EQ(high, MAX);
+    MathOverflow::addRanges(MAX - 1, MAX - 1, 0, 2, low, high);
+    EXPECT_EQ(low, MIN);
     EXPECT_EQ(high, MAX);
 }
