@@ -23,12 +23,14 @@ struct SumSide {
 // sum through which it was reached (`from`; for the first boolean, the start
 // sum). From a head, the next sum to cross is one of the sums it moved: a
 // constrained one other than `from` when it has any, since those are the
-// sums a flip must not leave moved; else a free one, `from` included (a
-// trade through an objective sum, which lets a chain go on past a balanced
-// point: in a knapsack, add A, remove B, add C, remove D). Through a free
-// sum the chain only takes a boolean in at most one constrained sum, so that
-// a single chain can still settle what it moves. Cycles never cross their
-// start sum: it is kept for the closing.
+// sums a flip must not leave moved (even one that an inequality lets move
+// that way: leaving those unsettled was measured clearly worse on set
+// covering); else a free one, `from` included (a trade through an objective
+// sum, which lets a chain go on past a balanced point: in a knapsack, add A,
+// remove B, add C, remove D). Through a free sum the chain only takes a
+// boolean in at most one constrained sum, so that a single chain can still
+// settle what it moves. Cycles never cross their start sum: it is kept for
+// the closing.
 //
 // A path starts on a free sum and should end with nothing moved but free
 // sums: its last boolean may leave one constrained sum moved, which one more
