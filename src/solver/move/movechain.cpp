@@ -21,9 +21,12 @@ MoveChain::MoveChain(Dag& dag, Quickrand& quickrand, AutonomousStructure& struct
     if (nbBranches == 0)
         throw KernelException("src/solver/move/movechain", __LINE__, "MoveChain", "Bad argument value.");
     branches.reserve(nbBranches);
+    std::size_t mostSums = 0;
+    for (unsigned int r = 0; r < dag.getFixedFields().nbBooleans(); ++r)
+        mostSums = std::max<std::size_t>(mostSums, fixedFields.getRootBool(r).getNbRootSums());
+    constrainedNext.reserve(mostSums);
+    freeNext.reserve(mostSums);
 }
-
-bool MoveChain::isFreeSum(unsigned int sum) const { return sum < fixedFields.getNbFreeRootSums(); }
 
 const RootBool& MoveChain::rootBoolOf(unsigned int boolean) const {
     return fixedFields.getRootBool(dag.getFixedFields().variableIndex(boolean));
@@ -81,8 +84,8 @@ bool MoveChain::startPath(bool freeOnly) {
     // constrained sums of its first boolean: it is anchored on one of them.
     start.sum = sum;
     if (!freeOnly && isFreeSum(sum)) {
-        unsigned int anchor = selectRootSumForBool(boolean, sum, true);
-        if (anchor != KernelConstants::NO_NODE) sum = anchor;
+        collectNextSums(boolean, sum);
+        if (!constrainedNext.empty()) sum = constrainedNext[quickrand.nextInt(size(constrainedNext))].sum;
     }
     sideOf(boolean, sum, start);
     startBalance = start.up ? 1 : -1;
@@ -95,34 +98,28 @@ bool MoveChain::startPath(bool freeOnly) {
 
 // A constrained sum is not crossed back the way the head came (that would
 // undo the step); a free sum may be, as trades through the objective go on.
-// Cycles keep their start sum for the closing.
-bool MoveChain::isCandidateSum(unsigned int sum, unsigned int from, bool constrained) const {
-    if (isFreeSum(sum) == constrained) return false;
-    if (constrained && sum == from) return false;
-    return !(returnsToStart && sum == start.sum);
-}
-
-unsigned int MoveChain::countRootSumsForBool(unsigned int boolean, unsigned int from, bool constrained) const {
-    unsigned int count = 0;
-    for (const RootBool::Entry& entry : rootBoolOf(boolean).getEntries())
-        count += isCandidateSum(entry.sum, from, constrained);
-    return count;
-}
-
-unsigned int MoveChain::selectRootSumForBool(unsigned int boolean, unsigned int from, bool constrained) {
-    unsigned int count = countRootSumsForBool(boolean, from, constrained);
-    if (count == 0) return KernelConstants::NO_NODE;
-    unsigned int chosen = quickrand.nextInt(count);
+// Cycles keep their start sum for the closing. One pass over the entries.
+void MoveChain::collectNextSums(unsigned int boolean, unsigned int from) {
+    constrainedNext.clear();
+    freeNext.clear();
     for (const RootBool::Entry& entry : rootBoolOf(boolean).getEntries()) {
-        if (!isCandidateSum(entry.sum, from, constrained)) continue;
-        if (chosen-- == 0) return entry.sum;
+        if (returnsToStart && entry.sum == start.sum) continue;
+        if (isFreeSum(entry.sum)) freeNext.push_back(entry);
+        else if (entry.sum != from) constrainedNext.push_back(entry);
     }
-    return KernelConstants::NO_NODE;
 }
 
-unsigned int MoveChain::nextRootSum(const Head& head) {
-    unsigned int sum = selectRootSumForBool(head.boolean, head.from, true);
-    return sum != KernelConstants::NO_NODE ? sum : selectRootSumForBool(head.boolean, head.from, false);
+bool MoveChain::selectRootSumForBool(unsigned int boolean, unsigned int from, SumSide& side) {
+    collectNextSums(boolean, from);
+    const std::vector<RootBool::Entry>& pool = constrainedNext.empty() ? freeNext : constrainedNext;
+    if (pool.empty()) return false;
+    const RootBool::Entry& entry = pool[quickrand.nextInt(size(pool))];
+    side = {entry.sum, structure.increasingBools(entry.sum).isIn(entry.position)};
+    return true;
+}
+
+bool MoveChain::nextRootSum(const Head& head, SumSide& side) {
+    return selectRootSumForBool(head.boolean, head.from, side);
 }
 
 unsigned int MoveChain::drawOpposite(SumSide side) {
@@ -165,16 +162,14 @@ unsigned int MoveChain::findCommonBool(SumSide a, SumSide b) {
 
 bool MoveChain::walkPath(Head& head, unsigned int steps) {
     for (unsigned int step = 0; step < steps; ++step) {
-        unsigned int sum = nextRootSum(head);
-        if (sum == KernelConstants::NO_NODE) return false;
         SumSide side{0, false};
-        sideOf(head.boolean, sum, side);
+        if (!nextRootSum(head, side)) return false;
         // Through a free sum the chain takes a boolean that moves at most
         // one constrained sum, which its next crossing can then settle.
-        unsigned int next = findOppositeBool(side, isFreeSum(sum));
+        unsigned int next = findOppositeBool(side, isFreeSum(side.sum));
         if (next == KernelConstants::NO_NODE) return false;
         flipStep(next);
-        head = {next, sum};
+        head = {next, side.sum};
     }
     return true;
 }
@@ -186,10 +181,10 @@ bool MoveChain::walkPath(Head& head, unsigned int steps) {
 // the evaluation judges what it did to those sums, inequalities with slack
 // often taking it.
 bool MoveChain::endPath(const Head& head) {
-    unsigned int pending = countRootSumsForBool(head.boolean, head.from, true);
-    if (pending != 1) return true;
-    SumSide side{0, false};
-    sideOf(head.boolean, selectRootSumForBool(head.boolean, head.from, true), side);
+    collectNextSums(head.boolean, head.from);
+    if (constrainedNext.size() != 1) return true;
+    const RootBool::Entry& pending = constrainedNext[0];
+    SumSide side{pending.sum, structure.increasingBools(pending.sum).isIn(pending.position)};
     unsigned int last = findOppositeBool(side, true);
     if (last == KernelConstants::NO_NODE) return false;
     flipStep(last);
@@ -199,7 +194,7 @@ bool MoveChain::endPath(const Head& head) {
 void MoveChain::flipStep(unsigned int boolean) {
     flip(boolean);
     SumSide side{0, false};
-    if (sideOf(boolean, start.sum, side)) startBalance += side.up ? 1 : -1;
+    if (returnsToStart && sideOf(boolean, start.sum, side)) startBalance += side.up ? 1 : -1;
 }
 
 // The booleans flipped in the start sum must move it up as often as down
@@ -221,10 +216,8 @@ bool MoveChain::closeBranch(const Head& head) {
 }
 
 bool MoveChain::closeThrough(const Head& head, SumSide excess) {
-    unsigned int sum = nextRootSum(head);
-    if (sum == KernelConstants::NO_NODE) return false;
     SumSide side{0, false};
-    sideOf(head.boolean, sum, side);
+    if (!nextRootSum(head, side)) return false;
     unsigned int closing = findCommonBool(side, excess);
     if (closing == KernelConstants::NO_NODE) return false;
     flipStep(closing);
@@ -233,16 +226,14 @@ bool MoveChain::closeThrough(const Head& head, SumSide excess) {
 
 bool MoveChain::fork() {
     Head first{startBoolean, start.sum};
-    unsigned int sum = nextRootSum(first);
-    if (sum == KernelConstants::NO_NODE) return false;
     SumSide side{0, false};
-    sideOf(startBoolean, sum, side);
+    if (!nextRootSum(first, side)) return false;
     branches.clear();
     for (unsigned int b = 0; b < nbBranches; ++b) {
         unsigned int branch = findOppositeBool(side, false);
         if (branch == KernelConstants::NO_NODE) return false;
         flipStep(branch);
-        branches.push_back({branch, sum});
+        branches.push_back({branch, side.sum});
     }
     return true;
 }

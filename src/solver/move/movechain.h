@@ -1,11 +1,9 @@
 #pragma once
 
 #include "solver/kernel/move.h"
+#include "solver/move/autonomousfixedfields.h"
 
 #include <vector>
-
-class AutonomousFixedFields;
-class RootBool;
 
 // One side of a root sum: the sum and whether a flip pushed it up.
 struct SumSide {
@@ -85,16 +83,14 @@ protected:
     // l opposite booleans of one sum of the start boolean, into `branches`.
     bool fork();
 
-    // The sum to cross from the head: a constrained one other than `from`
-    // and the start sum when there is one, else such a free one; NO_NODE
-    // when none.
-    unsigned int nextRootSum(const Head& head);
-    // A random sum of the boolean, other than `from` and the start sum, of
-    // one class (constrained or free); NO_NODE when it has none.
-    unsigned int selectRootSumForBool(unsigned int boolean, unsigned int from, bool constrained);
-    // How many such sums the boolean has.
-    unsigned int countRootSumsForBool(unsigned int boolean, unsigned int from, bool constrained) const;
-    bool isCandidateSum(unsigned int sum, unsigned int from, bool constrained) const;
+    // The sum to cross from the head and the way the head moved it: a
+    // constrained one other than `from` when there is one, else a free one;
+    // false when none.
+    bool nextRootSum(const Head& head, SumSide& side);
+    bool selectRootSumForBool(unsigned int boolean, unsigned int from, SumSide& side);
+    // The boolean's sums that a chain may cross next, by class, into
+    // `constrainedNext` and `freeNext`.
+    void collectNextSums(unsigned int boolean, unsigned int from);
     // An unflipped boolean of the sum that moves it against `side`, NO_NODE
     // when a few draws find none; optionally only among booleans in at most
     // one constrained sum.
@@ -107,7 +103,10 @@ protected:
     // Which way flipping the boolean moves the sum; false with no entry.
     bool sideOf(unsigned int boolean, unsigned int sum, SumSide& side) const;
     const RootBool& rootBoolOf(unsigned int boolean) const;
-    bool isFreeSum(unsigned int sum) const;
+    bool isFreeSum(unsigned int sum) const { return sum < fixedFields.getNbFreeRootSums(); }
+    static unsigned int size(const std::vector<RootBool::Entry>& entries) {
+        return static_cast<unsigned int>(entries.size());
+    }
 
     const AutonomousFixedFields& fixedFields;
     SumSide start{0, false};
@@ -117,4 +116,8 @@ protected:
     unsigned int nbBranches;
     bool returnsToStart;
     std::vector<Head> branches;
+    // Scratch lists of collectNextSums, reserved for the most sums a
+    // boolean has.
+    std::vector<RootBool::Entry> constrainedNext;
+    std::vector<RootBool::Entry> freeNext;
 };
