@@ -47,9 +47,10 @@ struct SumSide {
 // k counts the steps: for paths and cycles the start and the k - 1
 // crossings after it (the end or the closing may add one flip); for forks
 // the start, the fork, then per branch k - 3 crossings and its end or
-// closing. Nothing allocates while a move is built: the branch list is
-// reserved at construction. Each step looks only at the entries of the
-// boolean it leaves and at a few random members of the sum it crosses.
+// closing. Nothing allocates while a move is built: the branch and scratch
+// lists are reserved at construction. Each step looks only at the entries
+// of the boolean it leaves and at a few random members of the sum it
+// crosses.
 class MoveChain : public MoveK {
 public:
     // `nbBranches` is 1 for a plain chain; `returnsToStart` for cycles.
