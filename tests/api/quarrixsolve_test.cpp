@@ -121,9 +121,30 @@ TEST(QuarrixSolve, OneThreadWithAnIterationLimitIsReproducible) {
     EXPECT_EQ(results[0], results[1]);
 }
 
+TEST(QuarrixSolve, ChainMovesReachTheKnapsackOptimumWhereFlipsAndSwapsStall) {
+    // Every item lies in the capacity sum: no free boolean, so no k-flip.
+    // Single flips and swaps stall on items 0, 3 and 8 (value 247); the
+    // optimum (0, 1, 2, 3, 5) needs one item traded against several, which
+    // the chain moves and their forks build.
+    for (int seed = 1; seed <= 5; ++seed) {
+        KnapsackSolve k(1, seed);
+        k.solver.createPhase()->setIterationLimit(200000);
+        k.solver.solve();
+        EXPECT_EQ(k.value(), 309) << "seed " << seed;
+        EXPECT_EQ(k.decisions(), std::vector<int64_t>({1, 1, 1, 1, 0, 1, 0, 0, 0, 0})) << "seed " << seed;
+    }
+    // Their enabling parameters do switch them off: the same search stalls.
+    KnapsackSolve without(1, 1);
+    for (const char* kind : {"kPathEnabled", "kCycleEnabled", "k2ForkCycleEnabled", "k3ForkCycleEnabled",
+                             "k2ForkPathEnabled", "k3ForkPathEnabled"})
+        without.solver.getParam()->setAdvancedParam(kind, 0);
+    without.solver.createPhase()->setIterationLimit(200000);
+    without.solver.solve();
+    EXPECT_LT(without.value(), 309);
+}
+
 TEST(QuarrixSolve, StartsFromTheUserValuesOrAGreedyStart) {
-    // The optimal packing given with setValue: a descent can only keep it,
-    // which a search from any other start does not reach here.
+    // The optimal packing given with setValue: a descent can only keep it.
     KnapsackSolve given(1);
     for (int i : {0, 1, 2, 3, 5}) given.solver.getSolution()->setValue(given.x[i], 1);
     given.solver.getParam()->setAnnealingLevel(0);

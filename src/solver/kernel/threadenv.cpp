@@ -5,8 +5,12 @@
 #include "solver/kernel/heuristicautoannealing.h"
 #include "solver/kernel/heuristicdescent.h"
 #include "solver/move/movekbalance.h"
+#include "solver/move/movekcycle.h"
 #include "solver/move/movekflip.h"
+#include "solver/move/movekpath.h"
 #include "solver/move/movekswap.h"
+#include "solver/move/moveklforkcycle.h"
+#include "solver/move/moveklforkpath.h"
 #include "solver/move/movesimplekflip.h"
 
 namespace MoveWeights {
@@ -87,5 +91,27 @@ void ThreadEnv::initMoves(unsigned int k) {
         heuristic->addMove(new MoveKSwap(*dag, rand, *structure, k, QX_MV_SWAP_WEIGHTS[k], targeting));
     if (wanted(QX_MV_FLIP_WEIGHTS, "kFlipEnabled", MoveKFlip::isValidK(k, fixedFields)))
         heuristic->addMove(new MoveKFlip(*dag, rand, *structure, k, QX_MV_FLIP_WEIGHTS[k], targeting));
-    // The chain kinds (paths, cycles and their forks) are not built yet.
+    if (wanted(QX_MV_PATH_WEIGHTS, "kPathEnabled", MoveKPath::isValidK(k, fixedFields)))
+        heuristic->addMove(new MoveKPath(*dag, rand, *structure, k, QX_MV_PATH_WEIGHTS[k], targeting));
+    if (wanted(QX_MV_CYCLE_WEIGHTS, "kCycleEnabled", MoveKCycle::isValidK(k, fixedFields)))
+        heuristic->addMove(new MoveKCycle(*dag, rand, *structure, k, QX_MV_CYCLE_WEIGHTS[k], targeting));
+    // The forks, in the order cycles then paths, 2 then 3 branches.
+    struct Fork {
+        const unsigned int* weights;
+        const char* enabling;
+        unsigned int l;
+        bool cycle;
+    };
+    const Fork forks[4] = {{QX_MV_2FORKCYCLE_WEIGHTS, "k2ForkCycleEnabled", 2, true},
+                           {QX_MV_3FORKCYCLE_WEIGHTS, "k3ForkCycleEnabled", 3, true},
+                           {QX_MV_2FORKPATH_WEIGHTS, "k2ForkPathEnabled", 2, false},
+                           {QX_MV_3FORKPATH_WEIGHTS, "k3ForkPathEnabled", 3, false}};
+    for (const Fork& fork : forks) {
+        bool valid = fork.cycle ? MoveKLForkCycle::isValidK(k, fixedFields) : MoveKLForkPath::isValidK(k, fixedFields);
+        if (!wanted(fork.weights, fork.enabling, valid)) continue;
+        if (fork.cycle)
+            heuristic->addMove(new MoveKLForkCycle(*dag, rand, *structure, fork.l, k, fork.weights[k], targeting));
+        else
+            heuristic->addMove(new MoveKLForkPath(*dag, rand, *structure, fork.l, k, fork.weights[k], targeting));
+    }
 }

@@ -553,7 +553,7 @@ TEST(SearchDifferentialTest, DescentAndAnnealingKeepTheGraphExact) {
             runSearch(seed, level, 2500, counts);
         }
     }
-    for (const char* kind : {"SimpleFlip", "Flip", "Swap", "Balance"}) {
+    for (const char* kind : {"SimpleFlip", "Flip", "Swap", "Balance", "Path", "Cycle", "ForkCycle", "ForkPath"}) {
         EXPECT_GT(counts[kind].first, 1000u) << kind;
         EXPECT_GT(counts[kind].second, 0u) << kind;
     }

@@ -1,0 +1,17 @@
+#include "solver/move/movekcycle.h"
+
+#include "solver/move/autonomousfixedfields.h"
+
+MoveKCycle::MoveKCycle(Dag& dag, Quickrand& quickrand, AutonomousStructure& structure, unsigned int k,
+                       unsigned int utilRate, unsigned int targeting)
+    : MoveChain(dag, quickrand, structure, k, "Cycle", utilRate, targeting, 1, true) {}
+
+bool MoveKCycle::isValidK(unsigned int k, const AutonomousFixedFields& fixed) {
+    return k >= 2 && fixed.getNbRootSums() != 0;
+}
+
+bool MoveKCycle::modify() {
+    if (!startPathWithRandomSum()) return false;
+    Head head{startBoolean, start.sum};
+    return walkPath(head, k - 1) && closePath(head);
+}

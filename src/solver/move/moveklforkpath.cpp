@@ -1,0 +1,18 @@
+#include "solver/move/moveklforkpath.h"
+
+#include "solver/move/autonomousfixedfields.h"
+
+MoveKLForkPath::MoveKLForkPath(Dag& dag, Quickrand& quickrand, AutonomousStructure& structure, unsigned int l,
+                               unsigned int k, unsigned int utilRate, unsigned int targeting)
+    : MoveChain(dag, quickrand, structure, k, "ForkPath", utilRate, targeting, l, false) {}
+
+bool MoveKLForkPath::isValidK(unsigned int k, const AutonomousFixedFields& fixed) {
+    return k >= 3 && fixed.getNbFreeRootSums() != 0;
+}
+
+bool MoveKLForkPath::modify() {
+    if (!startPathWithFreeSum() || !fork()) return false;
+    for (Head& branch : branches)
+        if (!walkPath(branch, k - 3) || !endPath(branch)) return false;
+    return true;
+}

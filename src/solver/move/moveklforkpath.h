@@ -1,0 +1,13 @@
+#pragma once
+
+#include "solver/move/movechain.h"
+
+// A path whose first boolean is cancelled by l branches (2 or 3) in one of
+// its sums, each branch ending on free sums.
+class MoveKLForkPath : public MoveChain {
+public:
+    MoveKLForkPath(Dag& dag, Quickrand& quickrand, AutonomousStructure& structure, unsigned int l, unsigned int k,
+                   unsigned int utilRate, unsigned int targeting);
+    static bool isValidK(unsigned int k, const AutonomousFixedFields& fixed);
+    bool modify() override;
+};
