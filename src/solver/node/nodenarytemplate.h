@@ -5,14 +5,16 @@
 #include "solver/kernel/mathoverflow.h"
 #include "solver/kernel/node.h"
 #include "solver/kernel/quickrand.h"
+#include "solver/kernel/subsetlist.h"
 #include "solver/kernel/temporarydagfixedfields.h"
 
 #include <utility>
 
 // Base of the n-ary operator families. S is the subset representation chosen
 // by arity (see Dag::mallocNodes). `modified` holds the positions of the
-// children that changed in the current evaluation; it is filled by the
-// children's eval and emptied by commit and rollback.
+// children that changed in the current evaluation (for the widest
+// operators as a list, see SubsetList); it is filled by the children's eval
+// and emptied by commit and rollback.
 template <class S>
 class NodeNaryTemplate : public NodeInner {
 public:
@@ -27,7 +29,7 @@ public:
     }
 
 protected:
-    S modified;
+    typename ModifiedSetOf<S>::type modified;
 };
 
 // An n-ary family whose value is built from terms coefficient x child

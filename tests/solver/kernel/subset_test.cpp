@@ -1,6 +1,7 @@
 #include "solver/kernel/bitsutils.h"
 #include "solver/kernel/subset.h"
 #include "solver/kernel/subsetbits.h"
+#include "solver/kernel/subsetlist.h"
 #include "solver/kernel/subsetmask.h"
 
 #include <gtest/gtest.h>
@@ -58,4 +59,39 @@ TEST(SubsetTest, EveryRepresentationIsASetAtItsFullWidth) {
     checkAgainstSet<SubsetBits>(65, true);
     checkAgainstSet<Subset<unsigned short>>(65534, false);
     checkAgainstSet<Subset<unsigned int>>(70000, false);
+}
+
+// The modified-children list: repeats are ignored, members come in order of
+// first addition, and clearing forgets them all, including neighbours that
+// share a bit word, however many rounds it goes through.
+template <class T>
+void checkListAgainstSet(unsigned int n) {
+    SubsetList<T> list(n);
+    std::mt19937 random(n);
+    for (int round = 0; round < 200; ++round) {
+        std::vector<unsigned int> order;
+        std::set<unsigned int> reference;
+        unsigned int base = random() % n;
+        for (int step = 0; step < 40; ++step) {
+            // Half of the additions fall near one position, so in one word.
+            unsigned int i = step % 2 ? (base + random() % 70) % n : random() % n;
+            list.add(i);
+            if (reference.insert(i).second) order.push_back(i);
+            ASSERT_TRUE(list.contains(i));
+        }
+        ASSERT_EQ(list.size(), reference.size());
+        std::vector<unsigned int> visited;
+        list.forEach([&](unsigned int k) { visited.push_back(k); });
+        ASSERT_EQ(visited, order);
+        for (unsigned int r = 0; r < list.size(); ++r) ASSERT_EQ(list.nth(r), order[r]);
+        list.clear();
+        ASSERT_TRUE(list.empty());
+        for (unsigned int i : order) ASSERT_FALSE(list.contains(i));
+    }
+}
+
+TEST(SubsetTest, ModifiedListKeepsFirstAdditionsAndForgetsOnClear) {
+    checkListAgainstSet<unsigned short>(65534);
+    checkListAgainstSet<unsigned int>(70000);
+    checkListAgainstSet<unsigned short>(300);
 }
