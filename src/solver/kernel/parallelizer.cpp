@@ -53,6 +53,7 @@ Heuristic* Parallelizer::getRunningHeuristic() const {
 void Parallelizer::resetStates() {
     oneEnded = false;
     pauseRequested = false;
+    attention.store(false, std::memory_order_release);
     firstEndedIterations = 0;
 }
 
@@ -96,6 +97,7 @@ void Parallelizer::stop() {
 }
 
 void Parallelizer::iterate() {
+    if (!attention.load(std::memory_order_acquire)) return;
     Heuristic* heuristic = heuristics[*threadIndex];
     bool pausing, ended;
     unsigned long long endedIterations;
@@ -127,6 +129,7 @@ void Parallelizer::heuristicEnded() {
     {
         ExclusiveLock lock(stateLock);
         oneEnded = true;
+        attention.store(true, std::memory_order_release);
         if (firstEndedIterations == 0)
             firstEndedIterations = static_cast<unsigned int>(heuristics[*threadIndex]->getNbIterations());
         --nbRunning;
@@ -139,6 +142,7 @@ void Parallelizer::pause() {
     ExclusiveLock lock(stateLock);
     if (nbPaused == 0 && nbRunning > 0) {
         pauseRequested = true;
+        attention.store(true, std::memory_order_release);
         while (nbPaused < nbRunning) stateCondition.wait(lock);
     }
     // A pause also forgets the equal-effort state: after it the threads run

@@ -8,6 +8,7 @@
 #include <boost/thread/thread.hpp>
 #include <boost/thread/tss.hpp>
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -68,6 +69,11 @@ private:
     boost::thread_specific_ptr<unsigned int> threadIndex;
     bool oneEnded = false;
     bool pauseRequested = false;
+    // oneEnded || pauseRequested, written with them under the exclusive
+    // lock and read without any lock: the search threads take the shared
+    // lock only when one of the two may be set, not at every iteration
+    // (an uncontended lock and unlock cost as much as a small move).
+    std::atomic<bool> attention{false};
     int nbRunning = 0;
     int nbPaused = 0;
     unsigned int firstEndedIterations = 0;
