@@ -2,6 +2,9 @@
 
 #include "solver/kernel/dagfixedfields.h"
 
+#include <algorithm>
+#include <limits>
+
 AutonomousFixedFields::AutonomousFixedFields(const DagFixedFields& fixed)
     : fixed(fixed), rootBools(fixed.nbBooleans()), rootSumIndices(fixed.nbNodes(), KernelConstants::NO_NODE) {
     positionInSum.assign(fixed.nbVariables(), KernelConstants::NO_NODE);
@@ -43,10 +46,52 @@ void AutonomousFixedFields::initRootSums() {
     for (int pass = 0; pass < 2; ++pass) {
         for (unsigned int node = 0; node < fixed.nbNodes(); ++node) {
             if ((underConstraint[node] != 0) != (pass == 1) || !isRootSum(fixed, node)) continue;
-            if (addRootSum(node) && pass == 1) balanceNodes.push_back(node);
+            if (!addRootSum(node)) continue;
+            ranges.push_back({node});
+            if (pass == 0) continue;
+            balanceNodes.push_back(node);
+            initRange(ranges.back(), underConstraint);
         }
         if (pass == 0) nbFreeRootSums = static_cast<unsigned int>(rootSums.size());
     }
+}
+
+void AutonomousFixedFields::initRange(SumRange& sum, const std::vector<char>& underConstraint) const {
+    const long long MIN = std::numeric_limits<long long>::min(), MAX = std::numeric_limits<long long>::max();
+    for (unsigned int p = 0; p < fixed.nbParents(sum.node) && sum.ranged; ++p) {
+        unsigned int parent = fixed.parent(sum.node, p);
+        // Parents that only lead to objectives leave the sum free to move.
+        if (underConstraint[parent] == 0) continue;
+        NodeType type = fixed.type(parent);
+        bool comparison = type == Lt || type == Leq || type == Gt || type == Geq || type == Eq;
+        if (!comparison || fixed.posInConstraints(parent) == KernelConstants::NO_NODE) {
+            sum.ranged = false;
+            break;
+        }
+        unsigned int first = fixed.child(parent, 0), second = fixed.child(parent, 1);
+        bool sumFirst = first == sum.node;
+        unsigned int other = sumFirst ? second : first;
+        if (other == sum.node || fixed.type(other) != Constant) {
+            sum.ranged = false;
+            break;
+        }
+        long long c = fixed.constant(other);
+        // Written as "sum op c": swap the relation when the sum is second.
+        if (!sumFirst) type = type == Lt ? Gt : type == Leq ? Geq : type == Gt ? Lt : type == Geq ? Leq : Eq;
+        if (type == Lt) {
+            if (c == MIN) sum.ranged = false;
+            else sum.highest = std::min(sum.highest, c - 1);
+        } else if (type == Gt) {
+            if (c == MAX) sum.ranged = false;
+            else sum.lowest = std::max(sum.lowest, c + 1);
+        } else {
+            if (type == Leq || type == Eq) sum.highest = std::min(sum.highest, c);
+            if (type == Geq || type == Eq) sum.lowest = std::max(sum.lowest, c);
+        }
+    }
+    // A sum no constant comparison bounds is only watched through other
+    // expressions.
+    if (sum.lowest == MIN && sum.highest == MAX) sum.ranged = false;
 }
 
 bool AutonomousFixedFields::addRootSum(unsigned int node) {
@@ -91,7 +136,7 @@ void AutonomousFixedFields::initBoolsToRootSums() {
         const RootSum& sum = rootSums[s];
         for (unsigned int j = 0; j < sum.booleans.size(); ++j) {
             RootBool& rootBool = rootBools[fixed.variableIndex(sum.booleans[j])];
-            rootBool.entries.push_back({s, j});
+            rootBool.entries.push_back({s, j, sum.coefficients[j]});
             if (s < nbFreeRootSums) ++rootBool.nbFree;
         }
     }

@@ -12,9 +12,22 @@ public:
     struct Entry {
         unsigned int sum;       // index among the root sums
         unsigned int position;  // index among that sum's root bools
+        long long coefficient;  // what its flip from 0 to 1 adds to the sum
+    };
+
+    struct Entries {
+        const Entry* first;
+        const Entry* last;
+        const Entry* begin() const { return first; }
+        const Entry* end() const { return last; }
+        unsigned int size() const { return static_cast<unsigned int>(last - first); }
     };
 
     const std::vector<Entry>& getEntries() const { return entries; }
+    // The entries of the free sums come first: those sums have the lower
+    // indexes.
+    Entries freeEntries() const { return {entries.data(), entries.data() + nbFree}; }
+    Entries constrainedEntries() const { return {entries.data() + nbFree, entries.data() + entries.size()}; }
     unsigned int getNbRootSums() const { return static_cast<unsigned int>(entries.size()); }
     unsigned int getNbFreeRootSums() const { return nbFree; }
     // Flipping it moves no constrained sum.
@@ -34,6 +47,19 @@ struct RootSum {
     unsigned int node;
     std::vector<unsigned int> booleans;
     std::vector<long long> coefficients;
+};
+
+// The constraints comparing a constrained sum with constants give it the
+// range [lowest, highest] in which it may move freely; a constrained sum
+// that feeds anything else (a constraint on an expression of it) has no
+// known range and is kept level: `ranged` is false. Free sums have the
+// whole range. Kept apart from RootSum so that the chains read one small
+// record per sum.
+struct SumRange {
+    unsigned int node;
+    bool ranged = true;
+    long long lowest = -9223372036854775807LL - 1;
+    long long highest = 9223372036854775807LL;
 };
 
 // The sum structure that the moves search, derived once from the fixed
@@ -56,6 +82,7 @@ public:
     const DagFixedFields& getFixedFields() const { return fixed; }
     const RootBool& getRootBool(unsigned int booleanRank) const { return rootBools[booleanRank]; }
     const std::vector<RootSum>& getRootSums() const { return rootSums; }
+    const SumRange& getRange(unsigned int sum) const { return ranges[sum]; }
     unsigned int getNbRootSums() const { return static_cast<unsigned int>(rootSums.size()); }
     unsigned int getNbFreeRootSums() const { return nbFreeRootSums; }
     // Index among the root sums of a node, NO_NODE when it is not one.
@@ -69,6 +96,8 @@ public:
 
 private:
     void initRootSums();
+    // The range of a constrained sum from the constant comparisons above it.
+    void initRange(SumRange& range, const std::vector<char>& underConstraint) const;
     void initBoolsToRootSums();
     void initFreeBooleans();
     void initMonoConstrainedBooleans();
@@ -82,6 +111,7 @@ private:
     const DagFixedFields& fixed;
     std::vector<RootBool> rootBools;
     std::vector<RootSum> rootSums;
+    std::vector<SumRange> ranges;
     unsigned int nbFreeRootSums = 0;
     std::vector<unsigned int> rootSumIndices;
     std::vector<unsigned int> freeBooleans;

@@ -4,7 +4,8 @@
 #include "solver/kernel/quickrand.h"
 
 AutonomousStructure::AutonomousStructure(Dag& dag, const AutonomousFixedFields& fixedFields)
-    : dag(dag), fixedFields(fixedFields), increasing(fixedFields.getNbRootSums()) {
+    : dag(dag), fixedFields(fixedFields), increasing(fixedFields.getNbRootSums()),
+      shifts(fixedFields.getNbRootSums()) {
     const std::vector<RootSum>& sums = fixedFields.getRootSums();
     for (unsigned int s = 0; s < sums.size(); ++s) {
         increasing[s].init(static_cast<unsigned int>(sums[s].booleans.size()));

@@ -9,6 +9,57 @@
 class Dag;
 class Quickrand;
 
+// How far the move being built has shifted each root sum, with the list of
+// the sums it touched so that clearing costs what the move did. Only one
+// move is built at a time in a thread, so its moves share one.
+class SumShifts {
+public:
+    explicit SumShifts(unsigned int nbSums) : shifts(nbSums, 0), marks(nbSums, 0) { touched.reserve(nbSums); }
+    void add(unsigned int sum, long long delta) {
+        if (marks[sum] == 0) {
+            marks[sum] = 1;
+            touched.push_back(sum);
+        }
+        // Saturates: only the sign and the size up to the range matter.
+        if (__builtin_add_overflow(shifts[sum], delta, &shifts[sum]))
+            shifts[sum] = delta > 0 ? 9223372036854775807LL : -9223372036854775807LL - 1;
+    }
+    long long operator[](unsigned int sum) const { return shifts[sum]; }
+    const std::vector<unsigned int>& getTouched() const { return touched; }
+    // The touched sums that a constraint still needs settled, kept by the
+    // chain as it flips (a handful at a time).
+    const std::vector<unsigned int>& getUnsettled() const { return unsettled; }
+    void setUnsettled(unsigned int sum, bool isUnsettled) {
+        if ((marks[sum] == 2) == isUnsettled) return;
+        marks[sum] = isUnsettled ? 2 : 1;
+        if (isUnsettled) {
+            unsettled.push_back(sum);
+            return;
+        }
+        for (unsigned int& entry : unsettled)
+            if (entry == sum) {
+                entry = unsettled.back();
+                unsettled.pop_back();
+                return;
+            }
+    }
+    void clear() {
+        for (unsigned int sum : touched) {
+            shifts[sum] = 0;
+            marks[sum] = 0;
+        }
+        touched.clear();
+        unsettled.clear();
+    }
+
+private:
+    std::vector<long long> shifts;
+    // 0 untouched, 1 touched, 2 touched and unsettled.
+    std::vector<char> marks;
+    std::vector<unsigned int> touched;
+    std::vector<unsigned int> unsettled;
+};
+
 // One thread's live view of the root sums: for each, which of its root
 // bools would increase it if flipped now (In) and which would decrease it
 // (Out). Kept current after every commit from the move's changed variables.
@@ -30,6 +81,8 @@ public:
     bool pickImprovingBoolean(const Dag& dag, Quickrand& rand, unsigned int& boolean) const;
     bool pickImprovingBooleanForObjective(const Dag& dag, Quickrand& rand, unsigned int objective,
                                           unsigned int& boolean) const;
+    SumShifts& getShifts() { return shifts; }
+
     // A root bool of the sum at `entry` of v's root sums moving that sum the
     // other way from v; NO_NODE when the sum has none.
     unsigned int getOppositeBool(unsigned int variable, unsigned int entry, Quickrand& rand) const;
@@ -40,4 +93,5 @@ private:
     Dag& dag;
     const AutonomousFixedFields& fixedFields;
     std::vector<Bipartition> increasing;
+    SumShifts shifts;
 };

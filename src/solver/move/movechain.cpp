@@ -5,27 +5,54 @@
 #include "solver/kernel/quickrand.h"
 #include "solver/move/autonomousstructure.h"
 
+#include <limits>
+
 namespace {
-// Random draws spent looking for an unflipped opposite before giving up: a
-// sum offers many candidates or the chain is better dropped than searched.
-const unsigned int OPPOSITE_DRAWS = 4;
-// A closing boolean must lie in two given sums, which few do: more draws.
-const unsigned int COMMON_DRAWS = 8;
+// Random opposites weighed per step: enough to find one that repairs
+// several sums when the sum offers a few, few enough to stay cheap.
+const unsigned int OPPOSITE_DRAWS = 6;
+// Flips the end of a chain may add to settle what remains.
+const unsigned int FINISHING_FLIPS = 2;
+
+long long clamp(__int128 value) {
+    if (value > std::numeric_limits<long long>::max()) return std::numeric_limits<long long>::max();
+    if (value < std::numeric_limits<long long>::min()) return std::numeric_limits<long long>::min();
+    return static_cast<long long>(value);
+}
+
+// How far a value lies outside [lowest, highest].
+__int128 outside(__int128 value, long long lowest, long long highest) {
+    if (value < lowest) return lowest - value;
+    if (value > highest) return value - highest;
+    return 0;
+}
 }  // namespace
 
 MoveChain::MoveChain(Dag& dag, Quickrand& quickrand, AutonomousStructure& structure, unsigned int k,
                      const char* kind, unsigned int utilRate, unsigned int targeting, unsigned int nbBranches,
                      bool returnsToStart)
     : MoveK(dag, quickrand, structure, k, kind, utilRate, targeting), fixedFields(structure.getFixedFields()),
-      nbBranches(nbBranches), returnsToStart(returnsToStart) {
+      shifts(structure.getShifts()), nbBranches(nbBranches), returnsToStart(returnsToStart) {
     if (nbBranches == 0)
         throw KernelException("src/solver/move/movechain", __LINE__, "MoveChain", "Bad argument value.");
-    branches.reserve(nbBranches);
-    std::size_t mostSums = 0;
-    for (unsigned int r = 0; r < dag.getFixedFields().nbBooleans(); ++r)
-        mostSums = std::max<std::size_t>(mostSums, fixedFields.getRootBool(r).getNbRootSums());
-    constrainedNext.reserve(mostSums);
-    freeNext.reserve(mostSums);
+}
+
+bool MoveChain::modify() {
+    shifts.clear();
+    if (!startPath(!returnsToStart)) return false;
+    unsigned int steps = k - 1;
+    if (nbBranches > 1) {
+        if (!fork()) return false;
+        steps = nbBranches * (k - 3);
+    }
+    for (unsigned int step = 0; step < steps; ++step) {
+        Step done = settle(false);
+        if (done == Stuck) return false;
+        // Settled: end here half of the time, so that chains of every
+        // length up to k come up, else trade and go on.
+        if (done == Settled && (quickrand.nextInt(2) == 0 || !trade())) break;
+    }
+    return finish();
 }
 
 const RootBool& MoveChain::rootBoolOf(unsigned int boolean) const {
@@ -34,13 +61,16 @@ const RootBool& MoveChain::rootBoolOf(unsigned int boolean) const {
 
 // The bipartition holds committed values and a chain flips each boolean at
 // most once, so it tells the direction of the flip of this move too.
-bool MoveChain::sideOf(unsigned int boolean, unsigned int sum, SumSide& side) const {
-    for (const RootBool::Entry& entry : rootBoolOf(boolean).getEntries())
-        if (entry.sum == sum) {
-            side = {sum, structure.increasingBools(sum).isIn(entry.position)};
-            return true;
-        }
-    return false;
+SumSide MoveChain::sideOf(const RootBool::Entry& entry) const {
+    return {entry.sum, structure.increasingBools(entry.sum).isIn(entry.position)};
+}
+
+// What flipping a boolean of committed value `value` does to the sum of
+// the entry (saturated rather than negating the 64-bit minimum).
+long long MoveChain::shiftOf(const RootBool::Entry& entry, long long value) {
+    if (value == 0) return entry.coefficient;
+    return entry.coefficient == std::numeric_limits<long long>::min() ? std::numeric_limits<long long>::max()
+                                                                       : -entry.coefficient;
 }
 
 // --- Starts --------------------------------------------------------------
@@ -71,10 +101,6 @@ bool MoveChain::pickRandomRootSum(bool freeOnly, unsigned int& sum, unsigned int
     return true;
 }
 
-bool MoveChain::startPathWithRandomSum() { return startPath(false); }
-
-bool MoveChain::startPathWithFreeSum() { return startPath(true); }
-
 bool MoveChain::startPath(bool freeOnly) {
     unsigned int sum = 0, boolean = 0;
     if (!(decideToTarget() && pickImprovingRootSum(freeOnly, sum, boolean)) &&
@@ -82,158 +108,169 @@ bool MoveChain::startPath(bool freeOnly) {
         return false;
     // A cycle that starts on a free sum would never come back to the
     // constrained sums of its first boolean: it is anchored on one of them.
-    start.sum = sum;
     if (!freeOnly && isFreeSum(sum)) {
-        collectNextSums(boolean, sum);
-        if (!constrainedNext.empty()) sum = constrainedNext[quickrand.nextInt(size(constrainedNext))].sum;
+        const std::vector<RootBool::Entry>& entries = rootBoolOf(boolean).getEntries();
+        unsigned int constrained = 0;
+        for (const RootBool::Entry& entry : entries) constrained += !isFreeSum(entry.sum);
+        if (constrained > 0) {
+            unsigned int chosen = quickrand.nextInt(constrained);
+            for (const RootBool::Entry& entry : entries)
+                if (!isFreeSum(entry.sum) && chosen-- == 0) sum = entry.sum;
+        }
     }
-    sideOf(boolean, sum, start);
-    startBalance = start.up ? 1 : -1;
-    startBoolean = boolean;
-    flip(boolean);
+    startSum = sum;
+    flipStep(boolean);
     return true;
 }
 
 // --- Steps ---------------------------------------------------------------
 
-// A constrained sum is not crossed back the way the head came (that would
-// undo the step); a free sum may be, as trades through the objective go on.
-// Cycles keep their start sum for the closing. One pass over the entries.
-void MoveChain::collectNextSums(unsigned int boolean, unsigned int from) {
-    constrainedNext.clear();
-    freeNext.clear();
-    for (const RootBool::Entry& entry : rootBoolOf(boolean).getEntries()) {
-        if (returnsToStart && entry.sum == start.sum) continue;
-        if (isFreeSum(entry.sum)) freeNext.push_back(entry);
-        else if (entry.sum != from) constrainedNext.push_back(entry);
-    }
-}
-
-bool MoveChain::selectRootSumForBool(unsigned int boolean, unsigned int from, SumSide& side) {
-    collectNextSums(boolean, from);
-    const std::vector<RootBool::Entry>& pool = constrainedNext.empty() ? freeNext : constrainedNext;
-    if (pool.empty()) return false;
-    const RootBool::Entry& entry = pool[quickrand.nextInt(size(pool))];
-    side = {entry.sum, structure.increasingBools(entry.sum).isIn(entry.position)};
-    return true;
-}
-
-bool MoveChain::nextRootSum(const Head& head, SumSide& side) {
-    return selectRootSumForBool(head.boolean, head.from, side);
-}
-
-unsigned int MoveChain::drawOpposite(SumSide side) {
-    const Bipartition& bools = structure.increasingBools(side.sum);
-    unsigned int position = side.up ? bools.getRandomOut(quickrand) : bools.getRandomIn(quickrand);
-    if (position == Bipartition::NONE) return KernelConstants::NO_NODE;
-    return fixedFields.getRootSums()[side.sum].booleans[position];
-}
-
-unsigned int MoveChain::findOppositeBool(SumSide side, bool atMostOneConstrained) {
-    for (unsigned int draw = 0; draw < OPPOSITE_DRAWS; ++draw) {
-        unsigned int boolean = drawOpposite(side);
-        if (boolean == KernelConstants::NO_NODE) return KernelConstants::NO_NODE;
-        if (dag.isModified(boolean)) continue;
-        if (atMostOneConstrained) {
-            const RootBool& rootBool = rootBoolOf(boolean);
-            if (rootBool.getNbRootSums() - rootBool.getNbFreeRootSums() > 1) continue;
-        }
-        return boolean;
-    }
-    return KernelConstants::NO_NODE;
-}
-
-unsigned int MoveChain::findCommonBool(SumSide a, SumSide b) {
-    // Draw from the smaller of the two candidate sides: a boolean in both
-    // is likelier to come up there.
-    const Bipartition& bitsA = structure.increasingBools(a.sum);
-    const Bipartition& bitsB = structure.increasingBools(b.sum);
-    unsigned int sizeA = a.up ? bitsA.sizeOut() : bitsA.sizeIn();
-    unsigned int sizeB = b.up ? bitsB.sizeOut() : bitsB.sizeIn();
-    if (sizeB < sizeA) std::swap(a, b);
-    for (unsigned int draw = 0; draw < COMMON_DRAWS; ++draw) {
-        unsigned int boolean = drawOpposite(a);
-        if (boolean == KernelConstants::NO_NODE) return KernelConstants::NO_NODE;
-        SumSide other{0, false};
-        if (!dag.isModified(boolean) && sideOf(boolean, b.sum, other) && other.up != b.up) return boolean;
-    }
-    return KernelConstants::NO_NODE;
-}
-
-bool MoveChain::walkPath(Head& head, unsigned int steps) {
-    for (unsigned int step = 0; step < steps; ++step) {
-        SumSide side{0, false};
-        if (!nextRootSum(head, side)) return false;
-        // Through a free sum the chain takes a boolean that moves at most
-        // one constrained sum, which its next crossing can then settle.
-        unsigned int next = findOppositeBool(side, isFreeSum(side.sum));
-        if (next == KernelConstants::NO_NODE) return false;
-        flipStep(next);
-        head = {next, side.sum};
-    }
-    return true;
-}
-
-// A path should leave only free sums moved. One constrained sum still moved
-// is settled by a last opposite that moves no other constrained sum. A
-// boolean in several more constrained sums (every item of a knapsack with
-// many capacities) cannot be settled by one flip: the path ends there and
-// the evaluation judges what it did to those sums, inequalities with slack
-// often taking it.
-bool MoveChain::endPath(const Head& head) {
-    collectNextSums(head.boolean, head.from);
-    if (constrainedNext.size() != 1) return true;
-    const RootBool::Entry& pending = constrainedNext[0];
-    SumSide side{pending.sum, structure.increasingBools(pending.sum).isIn(pending.position)};
-    unsigned int last = findOppositeBool(side, true);
-    if (last == KernelConstants::NO_NODE) return false;
-    flipStep(last);
-    return true;
-}
-
 void MoveChain::flipStep(unsigned int boolean) {
+    long long value = dag.currentValue(boolean);
     flip(boolean);
-    SumSide side{0, false};
-    if (returnsToStart && sideOf(boolean, start.sum, side)) startBalance += side.up ? 1 : -1;
+    lastFlipped = boolean;
+    // Free sums are never unsettled: only the constrained ones are tracked.
+    for (const RootBool::Entry& entry : rootBoolOf(boolean).constrainedEntries()) {
+        shifts.add(entry.sum, shiftOf(entry, value));
+        shifts.setUnsettled(entry.sum, excess(entry.sum, shifts[entry.sum]) > 0);
+    }
 }
 
-// The booleans flipped in the start sum must move it up as often as down
-// (with unit coefficients: exactly level). One flip short, a closing
-// boolean cancels both the head (in a sum the head moved) and that excess.
-bool MoveChain::closePath(const Head& head) {
-    if (startBalance == 0) return true;
-    if (startBalance != 1 && startBalance != -1) return false;
-    return closeThrough(head, {start.sum, startBalance > 0});
+long long MoveChain::excess(unsigned int sum, long long shift) const {
+    if (shift == 0 || isFreeSum(sum)) return 0;
+    const SumRange& root = fixedFields.getRange(sum);
+    if (!root.ranged) return shift < 0 ? clamp(-static_cast<__int128>(shift)) : shift;
+    long long committed = dag.currentValue(root.node);
+    __int128 worse = outside(static_cast<__int128>(committed) + shift, root.lowest, root.highest) -
+                     outside(committed, root.lowest, root.highest);
+    return worse > 0 ? clamp(worse) : 0;
 }
 
-// A branch of a fork cycle is closed when its head moves the start sum back
-// (the branches share the cancelling of the first boolean there as they
-// share it in the fork sum); otherwise it needs a closing boolean.
-bool MoveChain::closeBranch(const Head& head) {
-    SumSide side{0, false};
-    if (sideOf(head.boolean, start.sum, side)) return side.up != start.up;
-    return closeThrough(head, start);
+long long MoveChain::repair(unsigned int boolean) const {
+    __int128 gain = 0;
+    long long value = dag.currentValue(boolean);
+    for (const RootBool::Entry& entry : rootBoolOf(boolean).constrainedEntries()) {
+        if (entry.sum == startSum && !weighStart) continue;
+        long long shift = shifts[entry.sum], step = shiftOf(entry, value), moved = 0;
+        if (__builtin_add_overflow(shift, step, &moved))
+            moved = step > 0 ? std::numeric_limits<long long>::max() : std::numeric_limits<long long>::min();
+        gain += static_cast<__int128>(excess(entry.sum, shift)) - excess(entry.sum, moved);
+    }
+    return clamp(gain);
 }
 
-bool MoveChain::closeThrough(const Head& head, SumSide excess) {
-    SumSide side{0, false};
-    if (!nextRootSum(head, side)) return false;
-    unsigned int closing = findCommonBool(side, excess);
-    if (closing == KernelConstants::NO_NODE) return false;
-    flipStep(closing);
+unsigned int MoveChain::nbOpposites(SumSide side) const {
+    const Bipartition& bools = structure.increasingBools(side.sum);
+    return side.up ? bools.sizeOut() : bools.sizeIn();
+}
+
+unsigned int MoveChain::bestOpposite(SumSide side) {
+    const Bipartition& bools = structure.increasingBools(side.sum);
+    unsigned int n = nbOpposites(side);
+    if (n == 0) return KernelConstants::NO_NODE;
+    // Few opposites are all weighed, from a random one on so that ties do
+    // not always go the same way; many are sampled.
+    bool all = n <= OPPOSITE_DRAWS;
+    unsigned int first = side.up ? bools.sizeIn() : 0;
+    unsigned int offset = quickrand.nextInt(n);
+    const std::vector<unsigned int>& booleans = fixedFields.getRootSums()[side.sum].booleans;
+    unsigned int best = KernelConstants::NO_NODE;
+    long long bestGain = std::numeric_limits<long long>::min();
+    for (unsigned int draw = 0; draw < (all ? n : OPPOSITE_DRAWS); ++draw) {
+        unsigned int i = all ? (offset + draw) % n : (draw == 0 ? offset : quickrand.nextInt(n));
+        unsigned int boolean = booleans[bools[first + i]];
+        if (dag.isModified(boolean)) continue;
+        long long gain = repair(boolean);
+        if (best == KernelConstants::NO_NODE || gain > bestGain) {
+            best = boolean;
+            bestGain = gain;
+        }
+    }
+    return best;
+}
+
+MoveChain::Step MoveChain::settle(bool withStart) {
+    weighStart = withStart || !returnsToStart;
+    const std::vector<unsigned int>& unsettled = shifts.getUnsettled();
+    unsigned int n = static_cast<unsigned int>(unsettled.size());
+    // The scan starts at a random place so that ties do not always go to
+    // the sums touched first.
+    unsigned int offset = n > 1 ? quickrand.nextInt(n) : 0;
+    SumSide chosen{0, false};
+    unsigned int fewest = std::numeric_limits<unsigned int>::max();
+    for (unsigned int i = 0; i < n; ++i) {
+        unsigned int sum = unsettled[(i + offset) % n];
+        if (returnsToStart && !withStart && sum == startSum) continue;
+        SumSide side{sum, shifts[sum] > 0};
+        unsigned int count = nbOpposites(side);
+        if (count < fewest) {
+            fewest = count;
+            chosen = side;
+        }
+    }
+    if (fewest == std::numeric_limits<unsigned int>::max()) return Settled;
+    unsigned int boolean = bestOpposite(chosen);
+    if (boolean == KernelConstants::NO_NODE) return Stuck;
+    flipStep(boolean);
+    return Moved;
+}
+
+bool MoveChain::pickFreeSide(unsigned int boolean, SumSide& side) {
+    RootBool::Entries entries = rootBoolOf(boolean).freeEntries();
+    unsigned int n = entries.size();
+    if (n == 0) return false;
+    unsigned int i = quickrand.nextInt(n);
+    // A cycle never crosses its start sum before closing.
+    if (returnsToStart && entries.first[i].sum == startSum) {
+        if (n == 1) return false;
+        i = (i + 1) % n;
+    }
+    side = sideOf(entries.first[i]);
     return true;
 }
 
-bool MoveChain::fork() {
-    Head first{startBoolean, start.sum};
+bool MoveChain::trade() {
+    weighStart = !returnsToStart;
     SumSide side{0, false};
-    if (!nextRootSum(first, side)) return false;
-    branches.clear();
-    for (unsigned int b = 0; b < nbBranches; ++b) {
-        unsigned int branch = findOppositeBool(side, false);
-        if (branch == KernelConstants::NO_NODE) return false;
-        flipStep(branch);
-        branches.push_back({branch, side.sum});
+    if (!pickFreeSide(lastFlipped, side)) return false;
+    unsigned int boolean = bestOpposite(side);
+    if (boolean == KernelConstants::NO_NODE) return false;
+    flipStep(boolean);
+    return true;
+}
+
+// The fork goes through the unsettled sum with the fewest opposites, or
+// through a free sum when the first boolean broke nothing.
+bool MoveChain::fork() {
+    weighStart = !returnsToStart;
+    SumSide side{0, false};
+    unsigned int fewest = std::numeric_limits<unsigned int>::max();
+    for (const RootBool::Entry& entry : rootBoolOf(lastFlipped).constrainedEntries()) {
+        if ((returnsToStart && entry.sum == startSum) || excess(entry.sum, shifts[entry.sum]) <= 0) continue;
+        unsigned int count = nbOpposites(sideOf(entry));
+        if (count < fewest) {
+            fewest = count;
+            side = sideOf(entry);
+        }
     }
+    if (fewest == std::numeric_limits<unsigned int>::max() && !pickFreeSide(lastFlipped, side)) return false;
+    for (unsigned int b = 0; b < nbBranches; ++b) {
+        unsigned int boolean = bestOpposite(side);
+        if (boolean == KernelConstants::NO_NODE) return false;
+        flipStep(boolean);
+    }
+    return true;
+}
+
+bool MoveChain::finish() {
+    for (unsigned int extra = 0; extra < FINISHING_FLIPS; ++extra) {
+        Step done = settle(true);
+        if (done == Settled) return true;
+        if (done == Stuck) break;
+    }
+    // Sums kept level only for want of a known range may have moved: the
+    // evaluation judges those. A broken range is refused here.
+    for (unsigned int sum : shifts.getUnsettled())
+        if (fixedFields.getRange(sum).ranged) return false;
     return true;
 }

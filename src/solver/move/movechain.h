@@ -5,120 +5,111 @@
 
 #include <vector>
 
+class SumShifts;
+
 // One side of a root sum: the sum and whether a flip pushed it up.
 struct SumSide {
     unsigned int sum;
     bool up;
 };
 
-// Chains of flips that cross root sums through the booleans they share, so
-// that every sum a chain crosses keeps (roughly) its value: when a flip moves
-// a sum one way, the next flip is an "opposite" boolean of that sum, one the
-// sum's increasing bipartition says moves it back. That boolean lies in
-// other sums too, which it now moves, so the chain goes on from there.
+// Chains of flips that cross root sums through the booleans they share and
+// leave every constrained sum they cross where its constraints allow it.
 //
-// A chain is a list of heads: each head is the boolean last flipped and the
-// sum through which it was reached (`from`; for the first boolean, the start
-// sum). From a head, the next sum to cross is one of the sums it moved: a
-// constrained one other than `from` when it has any, since those are the
-// sums a flip must not leave moved (even one that an inequality lets move
-// that way: leaving those unsettled was measured clearly worse on set
-// covering); else a free one, `from` included (a trade through an objective
-// sum, which lets a chain go on past a balanced point: in a knapsack, add A,
-// remove B, add C, remove D). Through a free sum the chain only takes a
-// boolean in at most one constrained sum, so that a single chain can still
-// settle what it moves. Cycles never cross their start sum: it is kept for
-// the closing.
+// While a chain is built it keeps the shift of every sum it touched. A
+// constrained sum is unsettled when its shifted value breaks a constraint
+// that the committed value keeps, or breaks it further: for a sum compared
+// with constants that is leaving its range (a row of a set cover dropping
+// to 0 coverage, a knapsack capacity exceeded); for a sum watched through
+// other expressions any shift, so those are kept level. Each step settles
+// one unsettled sum with an "opposite" boolean of that sum, one that moves
+// it back; among its opposites (all of them when they are few, else a few
+// random ones) it takes the one that repairs the most and breaks the least
+// over all the sums it is in (a column covering
+// several uncovered rows, an item whose removal frees every exceeded
+// capacity). When nothing is unsettled the chain may end, or trade through
+// a free sum that its last flip moved: an opposite there moves the
+// objective back the other way (in a knapsack: add A, remove B, add C),
+// and the chain goes on settling what that trade broke.
 //
-// A path starts on a free sum and should end with nothing moved but free
-// sums: its last boolean may leave one constrained sum moved, which one more
-// opposite boolean whose only constrained sum is that one settles. A cycle
-// starts on a constrained sum of its first boolean (any root sum when the
-// boolean has none) and ends where it began: the booleans it flipped in the
-// start sum must move it up as often as down, one short being made up by a
-// closing boolean opposite to the last boolean (in one of its sums) and to
-// the excess (in the start sum). With unit coefficients and booleans in at
-// most two constrained sums (assignments), a built cycle leaves every
-// constrained sum exactly level. Forks split after the first boolean: l
-// opposite booleans in the same sum share the cancelling (one big item
-// against two or three small ones), then each branch ends as a path does or
-// closes by moving the start sum back as the first boolean's opposite.
+// A cycle leaves its start sum out of the reckoning until it closes: a walk
+// that settled it at the first chance would only ever close the shortest
+// loops (in car sequencing, swaps of two cars where rotations of several
+// are needed).
 //
-// k counts the steps: for paths and cycles the start and the k - 1
-// crossings after it (the end or the closing may add one flip); for forks
-// the start, the fork, then per branch k - 3 crossings and its end or
-// closing. Nothing allocates while a move is built: the branch and scratch
-// lists are reserved at construction. Each step looks only at the entries
-// of the boolean it leaves and at a few random members of the sum it
-// crosses.
+// The unsettled sum settled next is the one with the fewest opposites to
+// draw from, so that a boolean settling two sums at once (the closing of a
+// cycle through an assignment) is likelier to come up.
+//
+// A path starts on a free sum (the objective, usually with a boolean that
+// improves it) and must end settled. A cycle starts on a constrained sum of
+// its first boolean (any root sum when the boolean has none), leaves that
+// sum aside while it walks and settles it last, so that with unit
+// coefficients and booleans in two constrained sums (assignments) a cycle
+// moves a closed loop of exchanges. Forks split after the first boolean: l
+// opposites in one sum share the cancelling (one big item against two or
+// three small ones), and the walk then settles what they moved.
+//
+// k counts the steps: for paths and cycles the start and k - 1 steps after
+// it; for forks the start, the fork, then l (k - 3) steps. The end may add
+// two more flips to settle what remains. Nothing allocates while a move is
+// built: the shifts belong to the thread's structure, reserved once.
 class MoveChain : public MoveK {
 public:
     // `nbBranches` is 1 for a plain chain; `returnsToStart` for cycles.
     MoveChain(Dag& dag, Quickrand& quickrand, AutonomousStructure& structure, unsigned int k, const char* kind,
               unsigned int utilRate, unsigned int targeting, unsigned int nbBranches, bool returnsToStart);
 
-protected:
-    struct Head {
-        unsigned int boolean;
-        unsigned int from;  // root sum it was reached through
-    };
+    bool modify() override;
 
-    // Starts: a flipped first boolean and its sum, targeted at an improving
-    // boolean with the targeting probability, else random.
-    bool startPathWithRandomSum();
-    bool startPathWithFreeSum();
+protected:
+    enum Step { Settled, Moved, Stuck };
+
+    // A flipped first boolean and its sum, targeted at an improving boolean
+    // with the targeting probability, else random.
     bool startPath(bool freeOnly);
     bool pickImprovingRootSum(bool freeOnly, unsigned int& sum, unsigned int& boolean);
     bool pickRandomRootSum(bool freeOnly, unsigned int& sum, unsigned int& boolean);
 
-    // `steps` crossings from the head; false at a dead end.
-    bool walkPath(Head& head, unsigned int steps);
-    bool endPath(const Head& head);
-    bool closePath(const Head& head);
-    bool closeBranch(const Head& head);
-    // Flips a boolean cancelling the head in its next sum and `excess` in
-    // the start sum.
-    bool closeThrough(const Head& head, SumSide excess);
-    // flip, counting what it does to the start sum.
-    void flipStep(unsigned int boolean);
-    // l opposite booleans of one sum of the start boolean, into `branches`.
+    // One flip settling an unsettled sum (the start sum of a cycle only with
+    // `withStart`); Settled when there is none, Stuck when no opposite is
+    // found.
+    Step settle(bool withStart);
+    // One flip through a free sum that the last flip moved; false when
+    // there is none or it offers no opposite.
+    bool trade();
+    // A random free sum of the boolean, as moved by its flip.
+    bool pickFreeSide(unsigned int boolean, SumSide& side);
+    // l opposites in one sum of the first boolean.
     bool fork();
+    // Up to two more flips to settle what remains; false when a constraint
+    // is still broken.
+    bool finish();
 
-    // The sum to cross from the head and the way the head moved it: a
-    // constrained one other than `from` when there is one, else a free one;
-    // false when none.
-    bool nextRootSum(const Head& head, SumSide& side);
-    bool selectRootSumForBool(unsigned int boolean, unsigned int from, SumSide& side);
-    // The boolean's sums that a chain may cross next, by class, into
-    // `constrainedNext` and `freeNext`.
-    void collectNextSums(unsigned int boolean, unsigned int from);
-    // An unflipped boolean of the sum that moves it against `side`, NO_NODE
-    // when a few draws find none; optionally only among booleans in at most
-    // one constrained sum.
-    unsigned int findOppositeBool(SumSide side, bool atMostOneConstrained);
-    // One random boolean moving the sum against `side`, flipped or not.
-    unsigned int drawOpposite(SumSide side);
-    // An unflipped boolean moving both sides back, NO_NODE when a few draws
-    // find none.
-    unsigned int findCommonBool(SumSide a, SumSide b);
-    // Which way flipping the boolean moves the sum; false with no entry.
-    bool sideOf(unsigned int boolean, unsigned int sum, SumSide& side) const;
+    // flip, recording the shifts.
+    void flipStep(unsigned int boolean);
+    // How much further the sum's constraints are broken after the shift
+    // than before the move; 0 when settled.
+    long long excess(unsigned int sum, long long shift) const;
+    // What flipping the boolean now repairs minus what it breaks.
+    long long repair(unsigned int boolean) const;
+    // The best unflipped opposite of the side among all of them when they
+    // are few, else among a few random ones; NO_NODE when none comes up.
+    unsigned int bestOpposite(SumSide side);
+    unsigned int nbOpposites(SumSide side) const;
+    // Which way flipping the boolean moves the sum.
+    SumSide sideOf(const RootBool::Entry& entry) const;
+    static long long shiftOf(const RootBool::Entry& entry, long long value);
     const RootBool& rootBoolOf(unsigned int boolean) const;
     bool isFreeSum(unsigned int sum) const { return sum < fixedFields.getNbFreeRootSums(); }
-    static unsigned int size(const std::vector<RootBool::Entry>& entries) {
-        return static_cast<unsigned int>(entries.size());
-    }
 
     const AutonomousFixedFields& fixedFields;
-    SumSide start{0, false};
-    unsigned int startBoolean = 0;
-    // Flips up minus flips down in the start sum.
-    int startBalance = 0;
+    SumShifts& shifts;
+    unsigned int startSum = 0;
+    // Whether repair() counts the start sum: always for paths, for cycles
+    // only when closing.
+    bool weighStart = true;
+    unsigned int lastFlipped = 0;
     unsigned int nbBranches;
     bool returnsToStart;
-    std::vector<Head> branches;
-    // Scratch lists of collectNextSums, reserved for the most sums a
-    // boolean has.
-    std::vector<RootBool::Entry> constrainedNext;
-    std::vector<RootBool::Entry> freeNext;
 };

@@ -9,9 +9,3 @@ MoveKCycle::MoveKCycle(Dag& dag, Quickrand& quickrand, AutonomousStructure& stru
 bool MoveKCycle::isValidK(unsigned int k, const AutonomousFixedFields& fixed) {
     return k >= 2 && fixed.getNbRootSums() != 0;
 }
-
-bool MoveKCycle::modify() {
-    if (!startPathWithRandomSum()) return false;
-    Head head{startBoolean, start.sum};
-    return walkPath(head, k - 1) && closePath(head);
-}

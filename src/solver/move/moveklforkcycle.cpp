@@ -9,10 +9,3 @@ MoveKLForkCycle::MoveKLForkCycle(Dag& dag, Quickrand& quickrand, AutonomousStruc
 bool MoveKLForkCycle::isValidK(unsigned int k, const AutonomousFixedFields& fixed) {
     return k >= 3 && fixed.getNbRootSums() != 0;
 }
-
-bool MoveKLForkCycle::modify() {
-    if (!startPathWithRandomSum() || !fork()) return false;
-    for (Head& branch : branches)
-        if (!walkPath(branch, k - 3) || !closeBranch(branch)) return false;
-    return true;
-}

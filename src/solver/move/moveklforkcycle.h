@@ -9,5 +9,4 @@ public:
     MoveKLForkCycle(Dag& dag, Quickrand& quickrand, AutonomousStructure& structure, unsigned int l, unsigned int k,
                     unsigned int utilRate, unsigned int targeting);
     static bool isValidK(unsigned int k, const AutonomousFixedFields& fixed);
-    bool modify() override;
 };

@@ -9,10 +9,3 @@ MoveKLForkPath::MoveKLForkPath(Dag& dag, Quickrand& quickrand, AutonomousStructu
 bool MoveKLForkPath::isValidK(unsigned int k, const AutonomousFixedFields& fixed) {
     return k >= 3 && fixed.getNbFreeRootSums() != 0;
 }
-
-bool MoveKLForkPath::modify() {
-    if (!startPathWithFreeSum() || !fork()) return false;
-    for (Head& branch : branches)
-        if (!walkPath(branch, k - 3) || !endPath(branch)) return false;
-    return true;
-}

@@ -9,9 +9,3 @@ MoveKPath::MoveKPath(Dag& dag, Quickrand& quickrand, AutonomousStructure& struct
 bool MoveKPath::isValidK(unsigned int k, const AutonomousFixedFields& fixed) {
     return k >= 2 && fixed.getNbFreeRootSums() != 0;
 }
-
-bool MoveKPath::modify() {
-    if (!startPathWithFreeSum()) return false;
-    Head head{startBoolean, start.sum};
-    return walkPath(head, k - 1) && endPath(head);
-}

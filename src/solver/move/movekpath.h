@@ -8,5 +8,4 @@ public:
     MoveKPath(Dag& dag, Quickrand& quickrand, AutonomousStructure& structure, unsigned int k,
               unsigned int utilRate, unsigned int targeting);
     static bool isValidK(unsigned int k, const AutonomousFixedFields& fixed);
-    bool modify() override;
 };
