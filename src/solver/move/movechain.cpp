@@ -164,7 +164,7 @@ unsigned int MoveChain::nbOpposites(SumSide side) const {
     return side.up ? bools.sizeOut() : bools.sizeIn();
 }
 
-unsigned int MoveChain::bestOpposite(SumSide side) {
+unsigned int MoveChain::bestOpposite(SumSide side, long long enough) {
     const Bipartition& bools = structure.increasingBools(side.sum);
     unsigned int n = nbOpposites(side);
     if (n == 0) return KernelConstants::NO_NODE;
@@ -184,6 +184,7 @@ unsigned int MoveChain::bestOpposite(SumSide side) {
         if (best == KernelConstants::NO_NODE || gain > bestGain) {
             best = boolean;
             bestGain = gain;
+            if (gain >= enough) break;
         }
     }
     return best;
@@ -198,9 +199,13 @@ MoveChain::Step MoveChain::settle(bool withStart) {
     unsigned int offset = n > 1 ? quickrand.nextInt(n) : 0;
     SumSide chosen{0, false};
     unsigned int fewest = std::numeric_limits<unsigned int>::max();
+    // No flip repairs more than everything unsettled: an opposite that
+    // does ends the search for one.
+    __int128 total = 0;
     for (unsigned int i = 0; i < n; ++i) {
         unsigned int sum = unsettled[(i + offset) % n];
         if (returnsToStart && !withStart && sum == startSum) continue;
+        total += excess(sum, shifts[sum]);
         SumSide side{sum, shifts[sum] > 0};
         unsigned int count = nbOpposites(side);
         if (count < fewest) {
@@ -209,7 +214,7 @@ MoveChain::Step MoveChain::settle(bool withStart) {
         }
     }
     if (fewest == std::numeric_limits<unsigned int>::max()) return Settled;
-    unsigned int boolean = bestOpposite(chosen);
+    unsigned int boolean = bestOpposite(chosen, clamp(total));
     if (boolean == KernelConstants::NO_NODE) return Stuck;
     flipStep(boolean);
     return Moved;
@@ -233,7 +238,7 @@ bool MoveChain::trade() {
     weighStart = !returnsToStart;
     SumSide side{0, false};
     if (!pickFreeSide(lastFlipped, side)) return false;
-    unsigned int boolean = bestOpposite(side);
+    unsigned int boolean = bestOpposite(side, 0);
     if (boolean == KernelConstants::NO_NODE) return false;
     flipStep(boolean);
     return true;
@@ -255,7 +260,7 @@ bool MoveChain::fork() {
     }
     if (fewest == std::numeric_limits<unsigned int>::max() && !pickFreeSide(lastFlipped, side)) return false;
     for (unsigned int b = 0; b < nbBranches; ++b) {
-        unsigned int boolean = bestOpposite(side);
+        unsigned int boolean = bestOpposite(side, std::numeric_limits<long long>::max());
         if (boolean == KernelConstants::NO_NODE) return false;
         flipStep(boolean);
     }

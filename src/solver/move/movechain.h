@@ -95,7 +95,8 @@ protected:
     long long repair(unsigned int boolean) const;
     // The best unflipped opposite of the side among all of them when they
     // are few, else among a few random ones; NO_NODE when none comes up.
-    unsigned int bestOpposite(SumSide side);
+    // One whose repair reaches `enough` is taken at once.
+    unsigned int bestOpposite(SumSide side, long long enough);
     unsigned int nbOpposites(SumSide side) const;
     // Which way flipping the boolean moves the sum.
     SumSide sideOf(const RootBool::Entry& entry) const;
