@@ -11,6 +11,13 @@ AutonomousFixedFields::AutonomousFixedFields(const DagFixedFields& fixed)
     initRootSums();
     positionInSum = std::vector<unsigned int>();
     initBoolsToRootSums();
+    objectiveSigns.assign(rootSums.size(), 0);
+    for (std::size_t i = 0; i < fixed.objectives().size(); ++i) {
+        unsigned int sum = rootSumIndices[fixed.objectives()[i]];
+        if (sum == KernelConstants::NO_NODE || objectiveSigns[sum] != 0) continue;
+        objectiveSigns[sum] = fixed.directions()[i] == Maximize ? 1 : -1;
+        ++nbObjectiveSums;
+    }
     initFreeBooleans();
     initMonoConstrainedBooleans();
 }

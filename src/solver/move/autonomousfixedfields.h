@@ -83,6 +83,10 @@ public:
     const RootBool& getRootBool(unsigned int booleanRank) const { return rootBools[booleanRank]; }
     const std::vector<RootSum>& getRootSums() const { return rootSums; }
     const SumRange& getRange(unsigned int sum) const { return ranges[sum]; }
+    // +1 for a sum that is a maximised objective, -1 for a minimised one,
+    // 0 otherwise.
+    int objectiveSign(unsigned int sum) const { return objectiveSigns[sum]; }
+    bool hasObjectiveSums() const { return nbObjectiveSums != 0; }
     unsigned int getNbRootSums() const { return static_cast<unsigned int>(rootSums.size()); }
     unsigned int getNbFreeRootSums() const { return nbFreeRootSums; }
     // Index among the root sums of a node, NO_NODE when it is not one.
@@ -112,6 +116,8 @@ private:
     std::vector<RootBool> rootBools;
     std::vector<RootSum> rootSums;
     std::vector<SumRange> ranges;
+    std::vector<signed char> objectiveSigns;
+    unsigned int nbObjectiveSums = 0;
     unsigned int nbFreeRootSums = 0;
     std::vector<unsigned int> rootSumIndices;
     std::vector<unsigned int> freeBooleans;

@@ -159,32 +159,48 @@ long long MoveChain::repair(unsigned int boolean) const {
     return clamp(gain);
 }
 
+long long MoveChain::worthOf(unsigned int boolean) const {
+    __int128 worth = 0;
+    long long value = dag.currentValue(boolean);
+    for (const RootBool::Entry& entry : rootBoolOf(boolean).freeEntries())
+        worth += static_cast<__int128>(fixedFields.objectiveSign(entry.sum)) * shiftOf(entry, value);
+    return clamp(worth);
+}
+
 unsigned int MoveChain::nbOpposites(SumSide side) const {
     const Bipartition& bools = structure.increasingBools(side.sum);
     return side.up ? bools.sizeOut() : bools.sizeIn();
 }
 
-unsigned int MoveChain::bestOpposite(SumSide side, long long enough) {
+unsigned int MoveChain::bestOpposite(SumSide side, long long enough, bool weighWorth) {
     const Bipartition& bools = structure.increasingBools(side.sum);
     unsigned int n = nbOpposites(side);
     if (n == 0) return KernelConstants::NO_NODE;
     // Few opposites are all weighed, from a random one on so that ties do
-    // not always go the same way; many are sampled.
+    // not always go the same way; many are sampled. Among those repairing
+    // as much, the one best for the objectives wins (the cheaper column,
+    // the item of less value).
     bool all = n <= OPPOSITE_DRAWS;
     unsigned int first = side.up ? bools.sizeIn() : 0;
     unsigned int offset = quickrand.nextInt(n);
     const std::vector<unsigned int>& booleans = fixedFields.getRootSums()[side.sum].booleans;
     unsigned int best = KernelConstants::NO_NODE;
-    long long bestGain = std::numeric_limits<long long>::min();
+    long long bestGain = std::numeric_limits<long long>::min(), bestWorth = 0;
+    weighWorth = weighWorth && fixedFields.hasObjectiveSums();
     for (unsigned int draw = 0; draw < (all ? n : OPPOSITE_DRAWS); ++draw) {
         unsigned int i = all ? (offset + draw) % n : (draw == 0 ? offset : quickrand.nextInt(n));
         unsigned int boolean = booleans[bools[first + i]];
         if (dag.isModified(boolean)) continue;
         long long gain = repair(boolean);
-        if (best == KernelConstants::NO_NODE || gain > bestGain) {
+        if (best != KernelConstants::NO_NODE && gain < bestGain) continue;
+        long long worth = weighWorth ? worthOf(boolean) : 0;
+        if (best == KernelConstants::NO_NODE || gain > bestGain || worth > bestWorth) {
             best = boolean;
             bestGain = gain;
-            if (gain >= enough) break;
+            bestWorth = worth;
+            // Nothing repairs more; one that costs the objectives nothing
+            // either cannot be bettered.
+            if (gain >= enough && worth >= 0) break;
         }
     }
     return best;
@@ -214,7 +230,7 @@ MoveChain::Step MoveChain::settle(bool withStart) {
         }
     }
     if (fewest == std::numeric_limits<unsigned int>::max()) return Settled;
-    unsigned int boolean = bestOpposite(chosen, clamp(total));
+    unsigned int boolean = bestOpposite(chosen, clamp(total), true);
     if (boolean == KernelConstants::NO_NODE) return Stuck;
     flipStep(boolean);
     return Moved;
@@ -238,7 +254,7 @@ bool MoveChain::trade() {
     weighStart = !returnsToStart;
     SumSide side{0, false};
     if (!pickFreeSide(lastFlipped, side)) return false;
-    unsigned int boolean = bestOpposite(side, 0);
+    unsigned int boolean = bestOpposite(side, 0, false);
     if (boolean == KernelConstants::NO_NODE) return false;
     flipStep(boolean);
     return true;
@@ -260,7 +276,7 @@ bool MoveChain::fork() {
     }
     if (fewest == std::numeric_limits<unsigned int>::max() && !pickFreeSide(lastFlipped, side)) return false;
     for (unsigned int b = 0; b < nbBranches; ++b) {
-        unsigned int boolean = bestOpposite(side, std::numeric_limits<long long>::max());
+        unsigned int boolean = bestOpposite(side, std::numeric_limits<long long>::max(), false);
         if (boolean == KernelConstants::NO_NODE) return false;
         flipStep(boolean);
     }

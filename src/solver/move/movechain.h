@@ -25,12 +25,17 @@ struct SumSide {
 // one unsettled sum with an "opposite" boolean of that sum, one that moves
 // it back; among its opposites (all of them when they are few, else a few
 // random ones) it takes the one that repairs the most and breaks the least
-// over all the sums it is in (a column covering
-// several uncovered rows, an item whose removal frees every exceeded
-// capacity). When nothing is unsettled the chain may end, or trade through
-// a free sum that its last flip moved: an opposite there moves the
-// objective back the other way (in a knapsack: add A, remove B, add C),
-// and the chain goes on settling what that trade broke.
+// over all the sums it is in (a column covering several uncovered rows, an
+// item whose removal frees every exceeded capacity), and among those the
+// one best for the objectives that are root sums themselves (the cheapest
+// such column, the least valuable such item). Trades and forks take the
+// first of equal repairs instead: they are the chain's random part, and
+// weighing worth there makes small candidate sets always give the same
+// answer. When nothing is unsettled
+// the chain may end, or trade through a free sum that its last flip moved:
+// an opposite there moves the objective back the other way (in a knapsack:
+// add A, remove B, add C), and the chain goes on settling what that trade
+// broke.
 //
 // A cycle leaves its start sum out of the reckoning until it closes: a walk
 // that settled it at the first chance would only ever close the shortest
@@ -91,12 +96,16 @@ protected:
     // How much further the sum's constraints are broken after the shift
     // than before the move; 0 when settled.
     long long excess(unsigned int sum, long long shift) const;
+    // What flipping the boolean now does to the objectives that are root
+    // sums, positive when it improves them.
+    long long worthOf(unsigned int boolean) const;
     // What flipping the boolean now repairs minus what it breaks.
     long long repair(unsigned int boolean) const;
     // The best unflipped opposite of the side among all of them when they
     // are few, else among a few random ones; NO_NODE when none comes up.
-    // One whose repair reaches `enough` is taken at once.
-    unsigned int bestOpposite(SumSide side, long long enough);
+    // One whose repair reaches `enough` is taken at once. With `weighWorth`
+    // ties go to the one best for the objectives, else to the first.
+    unsigned int bestOpposite(SumSide side, long long enough, bool weighWorth);
     unsigned int nbOpposites(SumSide side) const;
     // Which way flipping the boolean moves the sum.
     SumSide sideOf(const RootBool::Entry& entry) const;

@@ -146,42 +146,47 @@ TEST(MoveChainTest, KnapsackChainsStayWithinTheCapacityAndFindTheTradesFlipsMiss
     }
 }
 
-TEST(MoveChainTest, SetCoverPathsRepairTheRowsTheyUncover) {
+TEST(MoveChainTest, SetCoverPathsRepairTheRowsTheyUncoverAtLeastCost) {
     // Column 0 (cost 10) alone covers rows 0 and 1. Dropping it uncovers
-    // both; column 1 (cost 3) covers both, columns 2 and 3 (cost 4) one
-    // each. A path dropping column 0 settles both rows: by column 1 when one
-    // of its draws offers it, which it almost always does.
+    // both; columns 1 (cost 3) and 6 (cost 9) cover both, columns 2 and 3
+    // (cost 4) one each. Each row has three opposites, all weighed: a path
+    // dropping column 0 repairs both rows with one column, the cheaper.
     TestGraph g;
     std::vector<unsigned int> x;
-    for (int j = 0; j < 6; ++j) x.push_back(g.boolean());
+    for (int j = 0; j < 7; ++j) x.push_back(g.boolean());
     unsigned int one = g.constant(1);
-    const std::vector<std::vector<unsigned int>> rows = {{0, 1, 2}, {0, 1, 3}, {4, 5}, {4, 5}};
+    const std::vector<std::vector<unsigned int>> rows = {{0, 1, 2, 6}, {0, 1, 3, 6}, {4, 5}, {4, 5}};
     for (const std::vector<unsigned int>& row : rows) {
         std::vector<unsigned int> cover;
         for (unsigned int j : row) cover.push_back(x[j]);
         g.constraint(g.add(Geq, {g.add(BooleanSum, cover), one}));
     }
-    unsigned int cost = g.add(ScalarSum, x, {10, 3, 4, 4, 1, 1});
+    unsigned int cost = g.add(ScalarSum, x, {10, 3, 4, 4, 1, 1, 9});
     g.objective(cost, Minimize);
     AutonomousFixedFields fields(g.close());
-    std::unique_ptr<Dag> dag = g.makeDag({1, 0, 0, 0, 1, 0});
+    std::unique_ptr<Dag> dag = g.makeDag({1, 0, 0, 0, 1, 0, 0});
     AutonomousStructure structure(*dag, fields);
     Quickrand rand(11);
     MoveKPath path(*dag, rand, structure, 2, 1, 100);
     Propagation& p = dag->getPropagation();
-    unsigned int viaColumn1 = 0, built = 0;
+    unsigned int dropsOfColumn0 = 0, built = 0;
     for (int i = 0; i < 200; ++i) {
         if (!path.modify()) continue;
         ++built;
         ASSERT_TRUE(path.eval());
-        // The targeted start drops a chosen column; a dropped column 4
-        // breaks nothing worth settling (column 5 is not needed), so only
-        // the drops of column 0 are counted.
-        if (dag->newValue(x[0]) == 0) viaColumn1 += dag->newValue(x[1]) == 1;
+        // The targeted start drops a chosen column: 0, or 4 which column 5
+        // replaces.
+        if (dag->newValue(x[0]) == 0) {
+            ++dropsOfColumn0;
+            EXPECT_EQ(dag->newValue(x[1]), 1);
+            EXPECT_EQ(dag->newValue(x[2]) + dag->newValue(x[3]) + dag->newValue(x[6]), 0);
+        } else {
+            EXPECT_EQ(dag->newValue(x[5]), 1);
+        }
         p.rollback(*dag);
     }
     EXPECT_GT(built, 100u);
-    EXPECT_GT(viaColumn1, 40u);
+    EXPECT_GT(dropsOfColumn0, 40u);
 }
 
 TEST(MoveChainTest, ConstrainedSumsTakeTheRangeOfTheirConstantComparisons) {
