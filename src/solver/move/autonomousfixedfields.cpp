@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <limits>
+#include <map>
+#include <tuple>
 
 AutonomousFixedFields::AutonomousFixedFields(const DagFixedFields& fixed)
     : fixed(fixed), rootBools(fixed.nbBooleans()), rootSumIndices(fixed.nbNodes(), KernelConstants::NO_NODE) {
@@ -11,6 +13,7 @@ AutonomousFixedFields::AutonomousFixedFields(const DagFixedFields& fixed)
     initRootSums();
     positionInSum = std::vector<unsigned int>();
     initBoolsToRootSums();
+    initSequences();
     objectiveSigns.assign(rootSums.size(), 0);
     for (std::size_t i = 0; i < fixed.objectives().size(); ++i) {
         unsigned int sum = rootSumIndices[fixed.objectives()[i]];
@@ -146,6 +149,59 @@ void AutonomousFixedFields::initBoolsToRootSums() {
             rootBool.entries.push_back({s, j, sum.coefficients[j]});
             if (s < nbFreeRootSums) ++rootBool.nbFree;
         }
+    }
+}
+
+std::vector<unsigned int> AutonomousFixedFields::rowsOfColumn(unsigned int sum) const {
+    std::vector<unsigned int> rows;
+    const RootSum& column = rootSums[sum];
+    if (sum < nbFreeRootSums || !ranges[sum].ranged) return rows;
+    for (std::size_t j = 0; j < column.booleans.size(); ++j) {
+        RootBool::Entries entries = rootBools[fixed.variableIndex(column.booleans[j])].constrainedEntries();
+        if (column.coefficients[j] != 1 || entries.size() != 2) return {};
+        rows.push_back(entries.first[0].sum == sum ? entries.first[1].sum : entries.first[0].sum);
+    }
+    return rows;
+}
+
+void AutonomousFixedFields::initSequences() {
+    // Columns are grouped by range and row set; a group needs three to
+    // hold a block worth rearranging.
+    const std::size_t MIN_COLUMNS = 3, MAX_CELLS = 1u << 24;
+    std::map<std::tuple<long long, long long, std::vector<unsigned int>>, std::vector<unsigned int>> groups;
+    for (unsigned int s = nbFreeRootSums; s < rootSums.size(); ++s) {
+        std::vector<unsigned int> rows = rowsOfColumn(s);
+        if (rows.empty()) continue;
+        std::sort(rows.begin(), rows.end());
+        if (std::adjacent_find(rows.begin(), rows.end()) != rows.end()) continue;
+        groups[std::make_tuple(ranges[s].lowest, ranges[s].highest, std::move(rows))].push_back(s);
+    }
+    sequenceIndices.assign(rootSums.size(), KernelConstants::NO_NODE);
+    places.assign(rootSums.size(), KernelConstants::NO_NODE);
+    std::size_t cells = 0;
+    std::vector<unsigned int> rowIndex(rootSums.size(), KernelConstants::NO_NODE);
+    for (auto& group : groups) {
+        const std::vector<unsigned int>& rows = std::get<2>(group.first);
+        std::vector<unsigned int>& columns = group.second;
+        cells += columns.size() * rows.size();
+        if (columns.size() < MIN_COLUMNS || cells > MAX_CELLS) continue;
+        for (unsigned int r = 0; r < rows.size(); ++r) rowIndex[rows[r]] = r;
+        SumSequence sequence;
+        sequence.nbRows = static_cast<unsigned int>(rows.size());
+        sequence.rowAt.resize(columns.size() * rows.size());
+        sequence.cellAt.resize(columns.size() * rows.size());
+        for (unsigned int c = 0; c < columns.size(); ++c) {
+            std::vector<unsigned int> columnRows = rowsOfColumn(columns[c]);
+            for (unsigned int j = 0; j < columnRows.size(); ++j) {
+                unsigned int r = rowIndex[columnRows[j]];
+                sequence.rowAt[c * rows.size() + j] = r;
+                sequence.cellAt[c * rows.size() + r] = j;
+            }
+            sequenceIndices[columns[c]] = static_cast<unsigned int>(sequences.size());
+            places[columns[c]] = c;
+        }
+        sequence.columns = std::move(columns);
+        sequences.push_back(std::move(sequence));
     }
 }
 

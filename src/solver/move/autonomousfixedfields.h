@@ -62,6 +62,21 @@ struct SumRange {
     long long highest = 9223372036854775807LL;
 };
 
+// Constrained sums with the same range whose booleans each sit in one other
+// constrained sum, the same others for all of them: the columns of an
+// assignment (the slots of a sequence, each taking one item of some class).
+// Exchanging the contents of two columns keeps every sum of both families
+// where it was, so blocks of columns can be rearranged at once. The columns
+// are kept in the model's order, which for a sequence is its order.
+struct SumSequence {
+    std::vector<unsigned int> columns;  // root sum indexes
+    unsigned int nbRows = 0;
+    // For column c: rowAt[c * nbRows + j] is the row of its j-th boolean,
+    // cellAt[c * nbRows + r] the position of its boolean in row r.
+    std::vector<unsigned int> rowAt;
+    std::vector<unsigned int> cellAt;
+};
+
 // The sum structure that the moves search, derived once from the fixed
 // fields and shared read-only by the threads.
 //
@@ -96,6 +111,10 @@ public:
     // Nodes that can offer a boolean in each direction and whose value a
     // constraint watches: the constrained root sums.
     const std::vector<unsigned int>& getBalanceNodes() const { return balanceNodes; }
+    const std::vector<SumSequence>& getSequences() const { return sequences; }
+    // The sequence of a root sum and its place there; NO_NODE when none.
+    unsigned int sequenceOf(unsigned int sum) const { return sequenceIndices[sum]; }
+    unsigned int placeOf(unsigned int sum) const { return places[sum]; }
     unsigned int getNbBalanceNodes() const { return static_cast<unsigned int>(balanceNodes.size()); }
 
 private:
@@ -103,6 +122,10 @@ private:
     // The range of a constrained sum from the constant comparisons above it.
     void initRange(SumRange& range, const std::vector<char>& underConstraint) const;
     void initBoolsToRootSums();
+    void initSequences();
+    // The other constrained sum of each boolean of a sum that can be a
+    // column, empty when it cannot.
+    std::vector<unsigned int> rowsOfColumn(unsigned int sum) const;
     void initFreeBooleans();
     void initMonoConstrainedBooleans();
     // Adds the root bools of a sum node, merging repeated booleans; false
@@ -123,4 +146,7 @@ private:
     std::vector<unsigned int> freeBooleans;
     std::vector<unsigned int> monoConstrainedBooleans;
     std::vector<unsigned int> balanceNodes;
+    std::vector<SumSequence> sequences;
+    std::vector<unsigned int> sequenceIndices;
+    std::vector<unsigned int> places;
 };

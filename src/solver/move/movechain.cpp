@@ -5,6 +5,7 @@
 #include "solver/kernel/quickrand.h"
 #include "solver/move/autonomousstructure.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace {
@@ -38,6 +39,11 @@ MoveChain::MoveChain(Dag& dag, Quickrand& quickrand, AutonomousStructure& struct
 }
 
 bool MoveChain::modify() {
+    // Half of the cycles of a model with a sequence mirror a block of it
+    // instead: the inside of the block keeps its neighbourhoods, only its
+    // ends change, a rearrangement no short chain of exchanges reaches.
+    if (returnsToStart && nbBranches == 1 && !fixedFields.getSequences().empty() && quickrand.nextInt(2) == 0)
+        return reverseBlock();
     shifts.clear();
     if (!startPath(!returnsToStart)) return false;
     unsigned int steps = k - 1;
@@ -121,6 +127,52 @@ bool MoveChain::startPath(bool freeOnly) {
     startSum = sum;
     flipStep(boolean);
     return true;
+}
+
+// --- Blocks of a sequence -------------------------------------------------
+
+bool MoveChain::reverseBlock() {
+    const std::vector<SumSequence>& sequences = fixedFields.getSequences();
+    unsigned int sequence = KernelConstants::NO_NODE, place = 0, boolean = 0;
+    if (decideToTarget() && structure.pickImprovingBoolean(dag, quickrand, boolean))
+        for (const RootBool::Entry& entry : rootBoolOf(boolean).constrainedEntries())
+            if (fixedFields.sequenceOf(entry.sum) != KernelConstants::NO_NODE) {
+                sequence = fixedFields.sequenceOf(entry.sum);
+                place = fixedFields.placeOf(entry.sum);
+            }
+    if (sequence == KernelConstants::NO_NODE) {
+        sequence = quickrand.nextInt(static_cast<unsigned int>(sequences.size()));
+        place = quickrand.nextInt(static_cast<unsigned int>(sequences[sequence].columns.size()));
+    }
+    const SumSequence& chosen = sequences[sequence];
+    unsigned int other = quickrand.nextInt(static_cast<unsigned int>(chosen.columns.size()) - 1);
+    if (other >= place) ++other;
+    unsigned int low = std::min(place, other), high = std::max(place, other);
+    bool changed = false;
+    for (; low < high; ++low, --high) changed = exchangeColumns(chosen, low, high) || changed;
+    return changed;
+}
+
+bool MoveChain::exchangeColumns(const SumSequence& sequence, unsigned int a, unsigned int b) {
+    bool changed = false;
+    for (int pass = 0; pass < 2; ++pass) {
+        unsigned int from = pass == 0 ? a : b, to = pass == 0 ? b : a;
+        const std::vector<unsigned int>& source = fixedFields.getRootSums()[sequence.columns[from]].booleans;
+        const std::vector<unsigned int>& target = fixedFields.getRootSums()[sequence.columns[to]].booleans;
+        // Unit coefficients: the booleans at 1 are those whose flip lowers
+        // the sum.
+        const Bipartition& bools = structure.increasingBools(sequence.columns[from]);
+        for (unsigned int i = bools.sizeIn(); i < bools.size(); ++i) {
+            unsigned int j = bools[i];
+            unsigned int row = sequence.rowAt[from * sequence.nbRows + j];
+            unsigned int counterpart = target[sequence.cellAt[to * sequence.nbRows + row]];
+            if (dag.currentValue(counterpart) != 0) continue;
+            flip(source[j]);
+            flip(counterpart);
+            changed = true;
+        }
+    }
+    return changed;
 }
 
 // --- Steps ---------------------------------------------------------------

@@ -55,6 +55,13 @@ struct SumSide {
 // opposites in one sum share the cancelling (one big item against two or
 // three small ones), and the walk then settles what they moved.
 //
+// Half of the cycles of a model with a sequence (the interchangeable
+// columns of an assignment, in the model's order) mirror a block of
+// columns instead: in car sequencing a stretch of the line run backwards,
+// whose windows inside keep their counts while only those at its ends
+// change. That rearranges tens of columns at once, where exchanges alone
+// leave the last few overloads in place.
+//
 // k counts the steps: for paths and cycles the start and k - 1 steps after
 // it; for forks the start, the fork, then l (k - 3) steps. The end may add
 // two more flips to settle what remains. Nothing allocates while a move is
@@ -90,6 +97,12 @@ protected:
     // Up to two more flips to settle what remains; false when a constraint
     // is still broken.
     bool finish();
+
+    // Reverses a block of columns of a sequence: the first column is the
+    // one of an improving boolean when targeted, the other end random.
+    bool reverseBlock();
+    // Exchanges the contents of two columns; false when they hold the same.
+    bool exchangeColumns(const SumSequence& sequence, unsigned int a, unsigned int b);
 
     // flip, recording the shifts.
     void flipStep(unsigned int boolean);

@@ -220,6 +220,95 @@ TEST(MoveChainTest, ConstrainedSumsTakeTheRangeOfTheirConstantComparisons) {
     EXPECT_EQ(range(mixed), std::make_tuple(true, MIN, 1LL));
 }
 
+// Exposes the block reversal of cycles.
+struct Reverser : MoveKCycle {
+    using MoveKCycle::MoveKCycle;
+    using MoveChain::reverseBlock;
+};
+
+TEST(MoveChainTest, SequencesAreTheInterchangeableColumnsOfAnAssignment) {
+    // Square assignment: rows and columns are both families of equal
+    // equalities over the same other sums.
+    Assignment a(6);
+    ASSERT_EQ(a.autonomous->getSequences().size(), 2u);
+    for (const SumSequence& sequence : a.autonomous->getSequences()) {
+        EXPECT_EQ(sequence.columns.size(), 6u);
+        EXPECT_EQ(sequence.nbRows, 6u);
+        EXPECT_TRUE(std::is_sorted(sequence.columns.begin(), sequence.columns.end()));
+    }
+    // Booleans in many constrained sums, or sums of unequal ranges: none.
+    EXPECT_TRUE(StalledKnapsack().autonomous->getSequences().empty());
+    SearchModels::SetCover cover({{0, 1}, {1, 2}, {0, 2}, {2, 3}}, 4);
+    EXPECT_TRUE(AutonomousFixedFields(cover.g.fixed).getSequences().empty());
+
+    // Eight slots taking one car each of three classes made 3, 3 and 2
+    // times: the slots form a sequence; the class sums differ in range, and
+    // the two of equal range are too few to count.
+    TestGraph g;
+    const unsigned int slots = 8, classes = 3;
+    std::vector<unsigned int> car;
+    for (unsigned int i = 0; i < slots * classes; ++i) car.push_back(g.boolean());
+    for (unsigned int s = 0; s < slots; ++s)
+        g.constraint(g.add(Eq, {g.add(Sum, {car[s], car[slots + s], car[2 * slots + s]}), g.constant(1)}));
+    const long long demand[] = {3, 3, 2};
+    for (unsigned int c = 0; c < classes; ++c) {
+        std::vector<unsigned int> made(car.begin() + c * slots, car.begin() + (c + 1) * slots);
+        g.constraint(g.add(Eq, {g.add(Sum, made), g.constant(demand[c])}));
+    }
+    // Penalise class 0 next to class 0.
+    std::vector<unsigned int> pairs;
+    for (unsigned int s = 0; s + 1 < slots; ++s) pairs.push_back(g.add(And, {car[s], car[s + 1]}));
+    g.objective(g.add(Sum, pairs), Minimize);
+    g.close();
+    const unsigned int order[] = {0, 0, 0, 1, 1, 1, 2, 2};
+    std::vector<long long> start(slots * classes, 0);
+    for (unsigned int s = 0; s < slots; ++s) start[order[s] * slots + s] = 1;
+    std::unique_ptr<Dag> dag = g.makeDag(start);
+    AutonomousFixedFields fields(g.fixed);
+    ASSERT_EQ(fields.getSequences().size(), 1u);
+    const SumSequence& sequence = fields.getSequences()[0];
+    ASSERT_EQ(sequence.columns.size(), slots);
+    AutonomousStructure structure(*dag, fields);
+
+    // Every reversal mirrors one block of slots and keeps every slot and
+    // class sum: the classes read the same outside the block and backwards
+    // inside it.
+    Quickrand rand(7);
+    Reverser reverser(*dag, rand, structure, 3, 1, 50);
+    Propagation& p = dag->getPropagation();
+    unsigned int built = 0;
+    std::vector<unsigned int> lengths(slots + 1, 0);
+    for (int i = 0; i < 300; ++i) {
+        if (!reverser.reverseBlock()) {
+            EXPECT_EQ(p.getModifiedVariables().size(), 0u);
+            continue;
+        }
+        ++built;
+        unsigned int now[slots];
+        for (unsigned int s = 0; s < slots; ++s) {
+            unsigned int ones = 0;
+            for (unsigned int c = 0; c < classes; ++c)
+                if (dag->newValue(car[c * slots + s]) == 1) {
+                    now[s] = c;
+                    ++ones;
+                }
+            ASSERT_EQ(ones, 1u);
+        }
+        unsigned int low = 0, high = slots - 1;
+        while (low < slots && now[low] == order[low]) ++low;
+        while (high > low && now[high] == order[high]) --high;
+        ASSERT_LT(low, high);
+        for (unsigned int s = low; s <= high; ++s) EXPECT_EQ(now[s], order[low + high - s]);
+        ++lengths[high - low + 1];
+        EXPECT_TRUE(reverser.eval());
+        reverser.update(MoveRejected);
+    }
+    EXPECT_GT(built, 150u);
+    // Short and long blocks both come up.
+    EXPECT_GT(lengths[2], 0u);
+    EXPECT_GT(lengths[slots], 0u);
+}
+
 TEST(MoveChainTest, ValidSizesAndRefusals) {
     StalledKnapsack s;
     const AutonomousFixedFields& fields = *s.autonomous;
