@@ -58,6 +58,10 @@ void AutonomousFixedFields::initRootSums() {
             if ((underConstraint[node] != 0) != (pass == 1) || !isRootSum(fixed, node)) continue;
             if (!addRootSum(node)) continue;
             ranges.push_back({node});
+            for (unsigned int i = 0; i < fixed.nbChilds(node); ++i) {
+                unsigned int child = fixed.child(node, i);
+                if (!isRootBool(fixed, child) && fixed.type(child) != Constant) ranges.back().followsBooleans = false;
+            }
             if (pass == 0) continue;
             balanceNodes.push_back(node);
             initRange(ranges.back(), underConstraint);

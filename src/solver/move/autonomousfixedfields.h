@@ -60,6 +60,9 @@ struct SumRange {
     bool ranged = true;
     long long lowest = -9223372036854775807LL - 1;
     long long highest = 9223372036854775807LL;
+    // Its value moves only with its root bools (its other children are
+    // constants), so a thread can follow it from the booleans it commits.
+    bool followsBooleans = true;
 };
 
 // Constrained sums with the same range whose booleans each sit in one other

@@ -14,7 +14,9 @@ class Quickrand;
 // move is built at a time in a thread, so its moves share one.
 class SumShifts {
 public:
-    explicit SumShifts(unsigned int nbSums) : shifts(nbSums, 0), marks(nbSums, 0) { touched.reserve(nbSums); }
+    explicit SumShifts(unsigned int nbSums) : shifts(nbSums, 0), excesses(nbSums, 0), marks(nbSums, 0) {
+        touched.reserve(nbSums);
+    }
     void add(unsigned int sum, long long delta) {
         if (marks[sum] == 0) {
             marks[sum] = 1;
@@ -25,6 +27,10 @@ public:
             shifts[sum] = delta > 0 ? 9223372036854775807LL : -9223372036854775807LL - 1;
     }
     long long operator[](unsigned int sum) const { return shifts[sum]; }
+    // How far the shift breaks the sum's constraints, as last recorded by
+    // the chain (0 for an untouched sum).
+    long long excessOf(unsigned int sum) const { return excesses[sum]; }
+    void setExcess(unsigned int sum, long long excess) { excesses[sum] = excess; }
     const std::vector<unsigned int>& getTouched() const { return touched; }
     // The touched sums that a constraint still needs settled, kept by the
     // chain as it flips (a handful at a time).
@@ -46,6 +52,7 @@ public:
     void clear() {
         for (unsigned int sum : touched) {
             shifts[sum] = 0;
+            excesses[sum] = 0;
             marks[sum] = 0;
         }
         touched.clear();
@@ -54,6 +61,7 @@ public:
 
 private:
     std::vector<long long> shifts;
+    std::vector<long long> excesses;
     // 0 untouched, 1 touched, 2 touched and unsettled.
     std::vector<char> marks;
     std::vector<unsigned int> touched;
@@ -83,15 +91,43 @@ public:
                                           unsigned int& boolean) const;
     SumShifts& getShifts() { return shifts; }
 
+    // How much further a shift of the sum would break its constraints than
+    // its committed value does; 0 when it stays within them. A free sum is
+    // never broken; a constrained sum without a known range is broken by
+    // any shift.
+    long long excess(unsigned int sum, long long shift) const {
+        Room room = rooms[sum];
+        if (room.stale) room = roomOf(sum);
+        long long out = 0;
+        if (shift < room.low) {
+            if (__builtin_sub_overflow(room.low, shift, &out)) out = MAX_EXCESS;
+        } else if (shift > room.high) {
+            if (__builtin_sub_overflow(shift, room.high, &out)) out = MAX_EXCESS;
+        }
+        return out > room.base ? out - room.base : 0;
+    }
+
     // A root bool of the sum at `entry` of v's root sums moving that sum the
     // other way from v; NO_NODE when the sum has none.
     unsigned int getOppositeBool(unsigned int variable, unsigned int entry, Quickrand& rand) const;
 
 private:
+    static constexpr long long MAX_EXCESS = 9223372036854775807LL;
+    // The shifts of a sum that keep it in its range, and how far its
+    // committed value lies outside it: kept at every commit so that
+    // weighing a flip reads one small record per sum.
+    struct Room {
+        long long low, high, base;
+        // The sum has other children that move: read from the graph.
+        bool stale;
+    };
+
     void setDirection(unsigned int sum, unsigned int position, long long value);
+    Room roomOf(unsigned int sum) const;
 
     Dag& dag;
     const AutonomousFixedFields& fixedFields;
     std::vector<Bipartition> increasing;
+    std::vector<Room> rooms;
     SumShifts shifts;
 };

@@ -20,13 +20,6 @@ long long clamp(__int128 value) {
     if (value < std::numeric_limits<long long>::min()) return std::numeric_limits<long long>::min();
     return static_cast<long long>(value);
 }
-
-// How far a value lies outside [lowest, highest].
-__int128 outside(__int128 value, long long lowest, long long highest) {
-    if (value < lowest) return lowest - value;
-    if (value > highest) return value - highest;
-    return 0;
-}
 }  // namespace
 
 MoveChain::MoveChain(Dag& dag, Quickrand& quickrand, AutonomousStructure& structure, unsigned int k,
@@ -69,14 +62,6 @@ const RootBool& MoveChain::rootBoolOf(unsigned int boolean) const {
 // most once, so it tells the direction of the flip of this move too.
 SumSide MoveChain::sideOf(const RootBool::Entry& entry) const {
     return {entry.sum, structure.increasingBools(entry.sum).isIn(entry.position)};
-}
-
-// What flipping a boolean of committed value `value` does to the sum of
-// the entry (saturated rather than negating the 64-bit minimum).
-long long MoveChain::shiftOf(const RootBool::Entry& entry, long long value) {
-    if (value == 0) return entry.coefficient;
-    return entry.coefficient == std::numeric_limits<long long>::min() ? std::numeric_limits<long long>::max()
-                                                                       : -entry.coefficient;
 }
 
 // --- Starts --------------------------------------------------------------
@@ -184,29 +169,22 @@ void MoveChain::flipStep(unsigned int boolean) {
     // Free sums are never unsettled: only the constrained ones are tracked.
     for (const RootBool::Entry& entry : rootBoolOf(boolean).constrainedEntries()) {
         shifts.add(entry.sum, shiftOf(entry, value));
-        shifts.setUnsettled(entry.sum, excess(entry.sum, shifts[entry.sum]) > 0);
+        long long broken = excess(entry.sum, shifts[entry.sum]);
+        shifts.setExcess(entry.sum, broken);
+        shifts.setUnsettled(entry.sum, broken > 0);
     }
-}
-
-long long MoveChain::excess(unsigned int sum, long long shift) const {
-    if (shift == 0 || isFreeSum(sum)) return 0;
-    const SumRange& root = fixedFields.getRange(sum);
-    if (!root.ranged) return shift < 0 ? clamp(-static_cast<__int128>(shift)) : shift;
-    long long committed = dag.currentValue(root.node);
-    __int128 worse = outside(static_cast<__int128>(committed) + shift, root.lowest, root.highest) -
-                     outside(committed, root.lowest, root.highest);
-    return worse > 0 ? clamp(worse) : 0;
 }
 
 long long MoveChain::repair(unsigned int boolean) const {
     __int128 gain = 0;
     long long value = dag.currentValue(boolean);
+    unsigned int skipped = weighStart ? KernelConstants::NO_NODE : startSum;
     for (const RootBool::Entry& entry : rootBoolOf(boolean).constrainedEntries()) {
-        if (entry.sum == startSum && !weighStart) continue;
+        if (entry.sum == skipped) continue;
         long long shift = shifts[entry.sum], step = shiftOf(entry, value), moved = 0;
         if (__builtin_add_overflow(shift, step, &moved))
             moved = step > 0 ? std::numeric_limits<long long>::max() : std::numeric_limits<long long>::min();
-        gain += static_cast<__int128>(excess(entry.sum, shift)) - excess(entry.sum, moved);
+        gain += static_cast<__int128>(shifts.excessOf(entry.sum)) - excess(entry.sum, moved);
     }
     return clamp(gain);
 }
@@ -273,7 +251,7 @@ MoveChain::Step MoveChain::settle(bool withStart) {
     for (unsigned int i = 0; i < n; ++i) {
         unsigned int sum = unsettled[(i + offset) % n];
         if (returnsToStart && !withStart && sum == startSum) continue;
-        total += excess(sum, shifts[sum]);
+        total += shifts.excessOf(sum);
         SumSide side{sum, shifts[sum] > 0};
         unsigned int count = nbOpposites(side);
         if (count < fewest) {
@@ -319,7 +297,7 @@ bool MoveChain::fork() {
     SumSide side{0, false};
     unsigned int fewest = std::numeric_limits<unsigned int>::max();
     for (const RootBool::Entry& entry : rootBoolOf(lastFlipped).constrainedEntries()) {
-        if ((returnsToStart && entry.sum == startSum) || excess(entry.sum, shifts[entry.sum]) <= 0) continue;
+        if ((returnsToStart && entry.sum == startSum) || shifts.excessOf(entry.sum) <= 0) continue;
         unsigned int count = nbOpposites(sideOf(entry));
         if (count < fewest) {
             fewest = count;

@@ -2,10 +2,10 @@
 
 #include "solver/kernel/move.h"
 #include "solver/move/autonomousfixedfields.h"
+#include "solver/move/autonomousstructure.h"
 
+#include <limits>
 #include <vector>
-
-class SumShifts;
 
 // One side of a root sum: the sum and whether a flip pushed it up.
 struct SumSide {
@@ -108,7 +108,7 @@ protected:
     void flipStep(unsigned int boolean);
     // How much further the sum's constraints are broken after the shift
     // than before the move; 0 when settled.
-    long long excess(unsigned int sum, long long shift) const;
+    long long excess(unsigned int sum, long long shift) const { return structure.excess(sum, shift); }
     // What flipping the boolean now does to the objectives that are root
     // sums, positive when it improves them.
     long long worthOf(unsigned int boolean) const;
@@ -122,7 +122,13 @@ protected:
     unsigned int nbOpposites(SumSide side) const;
     // Which way flipping the boolean moves the sum.
     SumSide sideOf(const RootBool::Entry& entry) const;
-    static long long shiftOf(const RootBool::Entry& entry, long long value);
+    // What flipping a boolean of committed value `value` does to the sum of
+    // the entry (saturated rather than negating the 64-bit minimum).
+    static long long shiftOf(const RootBool::Entry& entry, long long value) {
+        if (value == 0) return entry.coefficient;
+        return entry.coefficient == std::numeric_limits<long long>::min() ? std::numeric_limits<long long>::max()
+                                                                           : -entry.coefficient;
+    }
     const RootBool& rootBoolOf(unsigned int boolean) const;
     bool isFreeSum(unsigned int sum) const { return sum < fixedFields.getNbFreeRootSums(); }
 
