@@ -116,22 +116,39 @@ bool MoveChain::startPath(bool freeOnly) {
 
 // --- Blocks of a sequence -------------------------------------------------
 
+bool MoveChain::targetColumn(unsigned int& sequence, unsigned int& place) {
+    unsigned int boolean = 0;
+    if (!decideToTarget() || !structure.pickImprovingBoolean(dag, quickrand, boolean)) return false;
+    // A boolean may be a cell of two sequences (a row and a column): one
+    // of them at random.
+    unsigned int count = 0, chosen = 0;
+    for (const RootBool::Entry& entry : rootBoolOf(boolean).constrainedEntries()) {
+        unsigned int found = fixedFields.sequenceOf(entry.sum);
+        if (found == KernelConstants::NO_NODE || (sequence != KernelConstants::NO_NODE && found != sequence))
+            continue;
+        if (quickrand.nextInt(++count) == 0) chosen = entry.sum;
+    }
+    if (count == 0) return false;
+    sequence = fixedFields.sequenceOf(chosen);
+    place = fixedFields.placeOf(chosen);
+    return true;
+}
+
+// Each end is targeted on its own: a block between two places that an
+// improvement needs changed, or between one and anywhere.
 bool MoveChain::reverseBlock() {
     const std::vector<SumSequence>& sequences = fixedFields.getSequences();
-    unsigned int sequence = KernelConstants::NO_NODE, place = 0, boolean = 0;
-    if (decideToTarget() && structure.pickImprovingBoolean(dag, quickrand, boolean))
-        for (const RootBool::Entry& entry : rootBoolOf(boolean).constrainedEntries())
-            if (fixedFields.sequenceOf(entry.sum) != KernelConstants::NO_NODE) {
-                sequence = fixedFields.sequenceOf(entry.sum);
-                place = fixedFields.placeOf(entry.sum);
-            }
-    if (sequence == KernelConstants::NO_NODE) {
+    unsigned int sequence = KernelConstants::NO_NODE, place = 0;
+    if (!targetColumn(sequence, place)) {
         sequence = quickrand.nextInt(static_cast<unsigned int>(sequences.size()));
         place = quickrand.nextInt(static_cast<unsigned int>(sequences[sequence].columns.size()));
     }
     const SumSequence& chosen = sequences[sequence];
-    unsigned int other = quickrand.nextInt(static_cast<unsigned int>(chosen.columns.size()) - 1);
-    if (other >= place) ++other;
+    unsigned int other = 0;
+    if (!targetColumn(sequence, other) || other == place) {
+        other = quickrand.nextInt(static_cast<unsigned int>(chosen.columns.size()) - 1);
+        if (other >= place) ++other;
+    }
     unsigned int low = std::min(place, other), high = std::max(place, other);
     bool changed = false;
     for (; low < high; ++low, --high) changed = exchangeColumns(chosen, low, high) || changed;

@@ -98,9 +98,13 @@ protected:
     // is still broken.
     bool finish();
 
-    // Reverses a block of columns of a sequence: the first column is the
-    // one of an improving boolean when targeted, the other end random.
+    // Reverses a block of columns of a sequence; each end is, with the
+    // targeting probability, the column of an improving boolean, else
+    // random.
     bool reverseBlock();
+    // The column of an improving boolean, in `sequence` unless that is
+    // NO_NODE; false when not targeting or none is found.
+    bool targetColumn(unsigned int& sequence, unsigned int& place);
     // Exchanges the contents of two columns; false when they hold the same.
     bool exchangeColumns(const SumSequence& sequence, unsigned int a, unsigned int b);
 
