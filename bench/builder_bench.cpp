@@ -8,6 +8,7 @@
 #include "api/quarrix.h"
 #include "api/qxmodel.h"
 #include "builder/dagbuilder.h"
+#include "builder/modelgraph.h"
 #include "solver/kernel/dag.h"
 #include "solver/kernel/dagfixedfields.h"
 
@@ -56,7 +57,9 @@ int main(int argc, char** argv) {
     step("close (compile, first Dag)", last);
 
     // The compilation alone, a second time on the closed model.
-    DagBuilder again(*model);
+    ModelGraph graph;
+    model->fillGraph(graph, false);
+    DagBuilder again(std::move(graph));
     step("compile again", last);
     again.createCopies(1);
     step("one copy for a second thread", last);
@@ -69,7 +72,7 @@ int main(int argc, char** argv) {
     // The chain is one sum node over every decision, plus the bound's
     // constant and the comparison.
     const DagFixedFields& fixed = model->getDagBuilder()->getFixedFields();
-    const unsigned int sum = model->getDagBuilder()->getNode(total);
+    const unsigned int sum = model->getDagBuilder()->getNode(total->getIndex());
     const bool ok = fixed.nbNodes() == static_cast<unsigned int>(n) + 3 &&
                     fixed.nbChilds(sum) == static_cast<unsigned int>(n);
     std::printf("  %u nodes, the sum has %u children, %u ranks\n", fixed.nbNodes(),

@@ -7,7 +7,7 @@
 #include "api/qxsolution.h"
 #include "api/qxstatistics.h"
 #include "api/solvegraphs.h"
-#include "builder/dagbuilder.h"
+#include "api/compiledmodel.h"
 #include "solver/kernel/dag.h"
 #include "solver/kernel/greedysolution.h"
 #include "solver/kernel/parallelizer.h"
@@ -85,7 +85,7 @@ void Quarrix::closeModel() {
 
 void Quarrix::solve() {
     ApiErrors::checkStopped(this, QX_HERE);
-    solveOn(*model->getDagBuilder());
+    solveOn(*model->getCompiledModel());
 }
 
 void Quarrix::solveOn(SolveGraphs& compiled) {

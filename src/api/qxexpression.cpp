@@ -97,7 +97,7 @@ void QXExpression::checkOperand(const QXModel* model, QXOperator op, const QXExp
     if (position + 1 > max)
         ApiErrors::fail(where, ApiErrors::operandCount(position + 1, "large: at most", max,
                                                        ExpressionTools::getName(op)));
-    if (!ExpressionTypeTools::isOperandValueTypeValid(op, operand, position))
+    if (!ExpressionTypeTools::isOperandValueTypeValid(op, operand->op, operand->value, position))
         ApiErrors::fail(where, operand->toString() + " is invalid: operand " +
                                    std::to_string(position) + " of operator with type " +
                                    ExpressionTools::getName(op) + " must have a boolean value.");

@@ -61,6 +61,7 @@ private:
     friend class QXModel;
     friend class QXSolution;
     friend class QXParam;
+    friend class CompiledModel;
     friend class ExpressionTools;
     friend class ExpressionTypeTools;
 

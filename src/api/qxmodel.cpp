@@ -4,9 +4,12 @@
 #include "api/kernelexception.h"
 #include "api/quarrix.h"
 #include "api/qxerror.h"
-#include "builder/dagbuilder.h"
+#include "api/compiledmodel.h"
+#include "api/qxparam.h"
+#include "api/qxsolution.h"
 #include "builder/expressiontools.h"
 #include "builder/expressiontypetools.h"
+#include "builder/modelgraph.h"
 #include "builder/modelwriter.h"
 
 #include <fstream>
@@ -186,7 +189,7 @@ void QXModel::checkDeclaration(const QXExpression* expr, size_t count, const cha
 
 void QXModel::addConstraint(QXExpression* expr) {
     checkDeclaration(expr, constraints.size(), "constraints", QX_HERE);
-    if (!ExpressionTypeTools::hasBooleanValue(expr))
+    if (!ExpressionTypeTools::hasBooleanValue(expr->op, expr->value))
         ApiErrors::fail(QX_HERE, "Only boolean expressions can be constrained"
                                  " (0, 1, Bool, And, Or, Xor, Not, Eq, Neq, Geq, Leq, Gt, Lt).");
     if (expr->constraint) return;
@@ -225,7 +228,7 @@ void QXModel::close() {
                               "At least one objective is required in the model.");
     closed = true;
     try {
-        dagBuilder.reset(new DagBuilder(*this));
+        compiled = std::make_unique<CompiledModel>(*this);
     } catch (...) {
         closed = false;
         throw;
@@ -243,7 +246,48 @@ void QXModel::write(const std::string& fileName) const {
     if (fileName.empty()) ApiErrors::fail(QX_HERE, ApiErrors::emptyArgument("fileName"));
     std::ofstream file(fileName, std::ios::out | std::ios::trunc);
     if (!file) ApiErrors::fail(QX_HERE, "Cannot write the model in file '" + fileName + "'.");
-    ModelWriter(*this, dagBuilder.get(), &file).write();
+    write(file);
+}
+
+std::vector<std::string> QXModel::write(std::ostream& out) const {
+    ModelGraph graph;
+    fillGraph(graph, true);
+    ModelWriterSettings settings;
+    QXSolution* solution = solver->getSolution();
+    for (const QXExpression* decision : decisions)
+        settings.decisionValues.push_back(solution->getValue(decision));
+    const QXParam* param = solver->getParam();
+    for (int k = 0; k < static_cast<int>(objectives.size()); ++k)
+        settings.objectiveBounds.push_back(param->getObjectiveBound(k));
+    settings.seed = param->getSeed();
+    settings.nbThreads = param->getNbThreads();
+    ModelWriter writer(graph, settings, &out);
+    writer.write();
+    return writer.getUids();
+}
+
+DagBuilder* QXModel::getDagBuilder() const {
+    return compiled ? &compiled->getBuilder() : nullptr;
+}
+
+void QXModel::fillGraph(ModelGraph& graph, bool withNames) const {
+    graph.reserve(expressions.size(), static_cast<std::size_t>(nbOperands));
+    std::vector<int32_t> operandIndexes;
+    std::vector<const std::string*> names;
+    if (withNames) names.reserve(expressions.size());
+    for (const QXExpression& expr : expressions) {
+        operandIndexes.clear();
+        for (const QXExpression* operand : expr.operands) operandIndexes.push_back(operand->index);
+        graph.addExpression(expr.op, expr.value, expr.constraint, operandIndexes.data(),
+                            static_cast<int>(operandIndexes.size()));
+        if (withNames) names.push_back(expr.name);
+    }
+    for (const QXExpression* decision : decisions) graph.addDecision(decision->index);
+    for (const QXExpression* constraint : constraints) graph.addConstraint(constraint->index);
+    for (std::size_t i = 0; i < objectives.size(); ++i)
+        graph.addObjective(objectives[i]->index, static_cast<uint8_t>(directions[i]));
+    if (withNames) graph.setNames(std::move(names));
+    graph.setClosed(closed);
 }
 
 std::string QXModel::toString() const {

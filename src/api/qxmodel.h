@@ -4,12 +4,15 @@
 
 #include <cstdint>
 #include <deque>
+#include <iosfwd>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
+class CompiledModel;
 class DagBuilder;
+class ModelGraph;
 class Quarrix;
 
 enum class QXObjectiveDirection : uint8_t { Minimize = 0, Maximize = 1 };
@@ -75,10 +78,16 @@ public:
     void close();
     bool isClosed() const;
     // The compiled model, made by close(); null before.
-    DagBuilder* getDagBuilder() const { return dagBuilder.get(); }
+    CompiledModel* getCompiledModel() const { return compiled.get(); }
+    DagBuilder* getDagBuilder() const;
     // Writes the model, its decisions' values and the solver settings that
     // reproduce a run, as a program of the modeling language.
     void write(const std::string& fileName) const;
+    // The same program on a stream; returns the identifier written for each
+    // expression, by index.
+    std::vector<std::string> write(std::ostream& out) const;
+    // The structure as the compiler reads it; names only for the writer.
+    void fillGraph(ModelGraph& graph, bool withNames) const;
     std::string toString() const;
     Quarrix* getQuarrix() const { return solver; }
 
@@ -86,6 +95,7 @@ private:
     friend class QXExpression;
     friend class QXSolution;
     friend class QXParam;
+    friend class CompiledModel;
 
     QXExpression* newExpression(QXOperator op);
     QXExpression* createChecked(QXOperator op, const QXOperand* given, int count);
@@ -110,5 +120,5 @@ private:
     std::vector<QXObjectiveDirection> directions;  // one per objective
     int32_t nbOperands = 0;
     bool closed = false;
-    std::unique_ptr<DagBuilder> dagBuilder;  // made at closing
+    std::unique_ptr<CompiledModel> compiled;  // made at closing
 };

@@ -71,7 +71,7 @@ int64_t QXSolution::evaluateUnknown(const QXExpression* root) {
             operandValues.clear();
             for (const QXExpression* operand : operands)
                 operandValues.push_back(values[operand->index]);
-            values[top.expr->index] = ExpressionTools::evaluate(top.expr, operandValues);
+            values[top.expr->index] = ExpressionTools::callEvaluator(top.expr->op, operandValues);
             computed[top.expr->index] = Done;
             work.pop_back();
         }

@@ -1,19 +1,16 @@
 #include "builder/dagbuilder.h"
 
 #include "api/kernelexception.h"
-#include "api/qxexpression.h"
-#include "api/qxmodel.h"
-#include "api/qxsolution.h"
 #include "builder/dagdefinitionbuilder.h"
+#include "builder/modelgraph.h"
 #include "solver/kernel/dag.h"
 #include "solver/kernel/kernelconstants.h"
-#include "solver/kernel/solution.h"
 
 namespace {
 const char* const UNIT = "src/builder/dagbuilder";
 }
 
-DagBuilder::DagBuilder(const QXModel& model_) : model(model_) {
+DagBuilder::DagBuilder(ModelGraph&& model) {
     if (!model.isClosed())
         throw KernelException(UNIT, __LINE__, "DagBuilder",
                               "The model need to be closed to be transformed");
@@ -39,45 +36,6 @@ void DagBuilder::createCopies(unsigned int n) {
         loadVariableValues(*copy, values);
         copies.push_back(std::move(copy));
     }
-}
-
-unsigned int DagBuilder::getNode(const QXExpression* expr) const {
-    return expressionNodes[expr->getIndex()];
-}
-
-void DagBuilder::convertSolution(QXSolution* from, std::vector<long long>& variableValues) const {
-    variableValues.assign(fixed.nbVariables(), 0);
-    for (int d = 0; d < model.getNbDecisions(); ++d) {
-        const QXExpression* decision = model.getDecision(d);
-        variableValues[fixed.variableIndex(getNode(decision))] = from->getValue(decision);
-    }
-}
-
-void DagBuilder::convertBackSolution(const std::vector<long long>& variableValues,
-                                     QXSolution* to) const {
-    for (int d = 0; d < model.getNbDecisions(); ++d) {
-        QXExpression* decision = model.getDecision(d);
-        to->setValue(decision, variableValues[fixed.variableIndex(getNode(decision))]);
-    }
-}
-
-void DagBuilder::convertSolution(QXSolution* from, Solution* to) const {
-    convertSolution(from, to->variables());
-    to->objectives().clear();
-    for (int o = 0; o < model.getNbObjectives(); ++o)
-        to->objectives().push_back(from->getValue(model.getObjective(o)));
-    to->setNbViolatedConstraints(countViolatedConstraints(from));
-}
-
-void DagBuilder::convertBackSolution(const Solution* from, QXSolution* to) const {
-    convertBackSolution(from->getVariableValues(), to);
-}
-
-unsigned int DagBuilder::countViolatedConstraints(QXSolution* solution) const {
-    unsigned int count = 0;
-    for (int c = 0; c < model.getNbConstraints(); ++c)
-        if (solution->getValue(model.getConstraint(c)) == 0) ++count;
-    return count;
 }
 
 void DagBuilder::loadVariableValues(Dag& dag, const std::vector<long long>& variableValues) {

@@ -1,8 +1,6 @@
 #include "builder/dagdefinitionbuilder.h"
 
 #include "api/kernelexception.h"
-#include "api/qxexpression.h"
-#include "api/qxmodel.h"
 #include "builder/dagdefinitionbuildertools.h"
 #include "builder/expressiontools.h"
 #include "solver/kernel/dagfixedfields.h"
@@ -14,12 +12,12 @@ namespace {
 const char* const UNIT = "src/builder/dagdefinitionbuilder";
 }
 
-void DagDefinitionBuilder::createDagDefinition(const QXModel& model, DagFixedFields& fixed,
+void DagDefinitionBuilder::createDagDefinition(ModelGraph& model, DagFixedFields& fixed,
                                                std::vector<unsigned int>& expressionNodes) {
     DagDefinitionBuilder builder(model, fixed, expressionNodes);
 }
 
-DagDefinitionBuilder::DagDefinitionBuilder(const QXModel& model_, DagFixedFields& fixed,
+DagDefinitionBuilder::DagDefinitionBuilder(ModelGraph& model_, DagFixedFields& fixed,
                                            std::vector<unsigned int>& expressionNodes)
     : model(model_), nodes(expressionNodes), sorted(model_) {
     findConstantExpressions();
@@ -37,18 +35,19 @@ DagDefinitionBuilder::DagDefinitionBuilder(const QXModel& model_, DagFixedFields
 void DagDefinitionBuilder::findConstantExpressions() {
     constants.assign(model.getNbExpressions(), KernelConstants::NOT_CONSTANT);
     ExpressionTools::Values values;
-    for (const QXExpression* expr : sorted.expressions()) {
-        const QXOperator op = expr->getOperator();
+    for (int32_t index : sorted.expressions()) {
+        const ModelExpr expr = model.getExpression(index);
+        const QXOperator op = expr.getOperator();
         if (ExpressionTools::isDecision(op)) continue;
         if (op == QXOperator::Const) {
-            associateConstant(expr, expr->getValue());
+            associateConstant(expr, expr.getValue());
             continue;
         }
         values.clear();
         bool allConstant = true;
-        for (int i = 0; i < expr->getNbOperands() && allConstant; ++i) {
-            allConstant = isConstant(expr->getOperand(i));
-            if (allConstant) values.push_back(getConstant(expr->getOperand(i)));
+        for (int i = 0; i < expr.getNbOperands() && allConstant; ++i) {
+            allConstant = isConstant(expr.getOperand(i));
+            if (allConstant) values.push_back(getConstant(expr.getOperand(i)));
         }
         if (allConstant) associateConstant(expr, ExpressionTools::evaluate(expr, values));
     }
@@ -59,22 +58,22 @@ void DagDefinitionBuilder::markExpressions() {
     marks.assign(count, 0);
     std::vector<unsigned int> users(count, 0);
     for (int i = 0; i < count; ++i) {
-        const QXExpression* expr = model.getExpression(i);
-        for (int k = 0; k < expr->getNbOperands(); ++k) ++users[expr->getOperand(k)->getIndex()];
+        ModelExpr expr = model.getExpression(i);
+        for (int k = 0; k < expr.getNbOperands(); ++k) ++users[expr.getOperand(k).getIndex()];
     }
     markLeaves();
     // Users first: an expression is visited once every expression using it
     // has been, so its mark counts all its absorbing parents.
-    std::vector<const QXExpression*> queue;
+    std::vector<ModelExpr> queue;
     queue.reserve(count);
     for (int i = 0; i < count; ++i)
         if (users[i] == 0) queue.push_back(model.getExpression(i));
     for (std::size_t head = 0; head < queue.size(); ++head) {
-        const QXExpression* expr = queue[head];
+        ModelExpr expr = queue[head];
         markExpression(expr);
-        for (int k = 0; k < expr->getNbOperands(); ++k) {
-            const QXExpression* operand = expr->getOperand(k);
-            if (--users[operand->getIndex()] == 0) queue.push_back(operand);
+        for (int k = 0; k < expr.getNbOperands(); ++k) {
+            ModelExpr operand = expr.getOperand(k);
+            if (--users[operand.getIndex()] == 0) queue.push_back(operand);
         }
     }
 }
@@ -85,7 +84,7 @@ void DagDefinitionBuilder::markLeaves() {
     for (int i = 0; i < model.getNbObjectives(); ++i) setMark(model.getObjective(i), NODE_MARK);
 }
 
-void DagDefinitionBuilder::markExpression(const QXExpression* expr) {
+void DagDefinitionBuilder::markExpression(ModelExpr expr) {
     if (getMark(expr) < 2) {
         setMark(expr, 0);
         return;
@@ -93,7 +92,7 @@ void DagDefinitionBuilder::markExpression(const QXExpression* expr) {
     setMark(expr, NODE_MARK);
     // Becomes a Constant node: its operands need no node for it.
     if (foldsToConstant(expr)) return;
-    const QXOperator op = expr->getOperator();
+    const QXOperator op = expr.getOperator();
     if (!isValidOperator(op))
         throw KernelException(UNIT, __LINE__, "markExpression",
                               "Operator " + std::to_string(static_cast<unsigned>(op)) + " unknown.");
@@ -102,8 +101,8 @@ void DagDefinitionBuilder::markExpression(const QXExpression* expr) {
 
 void DagDefinitionBuilder::createAllNodes() {
     nodes.assign(model.getNbExpressions(), KernelConstants::NO_NODE);
-    for (const QXExpression* expr : sorted.expressions())
-        DagDefinitionBuilderTools::createNode(temporary, expr, *this);
+    for (int32_t index : sorted.expressions())
+        DagDefinitionBuilderTools::createNode(temporary, model.getExpression(index), *this);
 }
 
 void DagDefinitionBuilder::addConstraints() {
@@ -115,10 +114,10 @@ void DagDefinitionBuilder::addConstraints() {
 // objective is left out.
 void DagDefinitionBuilder::addObjectives() {
     for (int i = 0; i < model.getNbObjectives(); ++i) {
-        const QXObjectiveDirection direction = model.getObjectiveDirection(i);
-        if (direction == QXObjectiveDirection::Minimize)
+        const uint8_t direction = model.getObjectiveDirection(i);
+        if (direction == Minimize)
             temporary.addObjective(getNode(model.getObjective(i)), Minimize);
-        else if (direction == QXObjectiveDirection::Maximize)
+        else if (direction == Maximize)
             temporary.addObjective(getNode(model.getObjective(i)), Maximize);
     }
 }
@@ -128,6 +127,7 @@ void DagDefinitionBuilder::addObjectives() {
 // over a million expressions).
 void DagDefinitionBuilder::releaseScratch() {
     sorted.release();
+    model.release();
     std::vector<int32_t>().swap(marks);
     std::vector<long long>().swap(constants);
     constantNodes.clear();
@@ -135,38 +135,38 @@ void DagDefinitionBuilder::releaseScratch() {
     flattener = TermFlattener();
 }
 
-unsigned int DagDefinitionBuilder::getNode(const QXExpression* expr) const {
-    return nodes[expr->getIndex()];
+unsigned int DagDefinitionBuilder::getNode(ModelExpr expr) const {
+    return nodes[expr.getIndex()];
 }
 
-void DagDefinitionBuilder::setNode(const QXExpression* expr, unsigned int node) {
-    nodes[expr->getIndex()] = node;
+void DagDefinitionBuilder::setNode(ModelExpr expr, unsigned int node) {
+    nodes[expr.getIndex()] = node;
 }
 
-bool DagDefinitionBuilder::isConstant(const QXExpression* expr) const {
-    return constants[expr->getIndex()] != KernelConstants::NOT_CONSTANT;
+bool DagDefinitionBuilder::isConstant(ModelExpr expr) const {
+    return constants[expr.getIndex()] != KernelConstants::NOT_CONSTANT;
 }
 
-bool DagDefinitionBuilder::foldsToConstant(const QXExpression* expr) const {
-    return isConstant(expr) && !expr->isConstraint();
+bool DagDefinitionBuilder::foldsToConstant(ModelExpr expr) const {
+    return isConstant(expr) && !expr.isConstraint();
 }
 
-long long DagDefinitionBuilder::getConstant(const QXExpression* expr) const {
-    return constants[expr->getIndex()];
+long long DagDefinitionBuilder::getConstant(ModelExpr expr) const {
+    return constants[expr.getIndex()];
 }
 
-void DagDefinitionBuilder::associateConstant(const QXExpression* expr, long long value) {
-    constants[expr->getIndex()] = value;
+void DagDefinitionBuilder::associateConstant(ModelExpr expr, long long value) {
+    constants[expr.getIndex()] = value;
 }
 
-int32_t DagDefinitionBuilder::getMark(const QXExpression* expr) const { return marks[expr->getIndex()]; }
+int32_t DagDefinitionBuilder::getMark(ModelExpr expr) const { return marks[expr.getIndex()]; }
 
-void DagDefinitionBuilder::setMark(const QXExpression* expr, int32_t mark) {
-    marks[expr->getIndex()] = mark;
+void DagDefinitionBuilder::setMark(ModelExpr expr, int32_t mark) {
+    marks[expr.getIndex()] = mark;
 }
 
-void DagDefinitionBuilder::incrementMark(const QXExpression* expr) {
-    int32_t& mark = marks[expr->getIndex()];
+void DagDefinitionBuilder::incrementMark(ModelExpr expr) {
+    int32_t& mark = marks[expr.getIndex()];
     if (mark != NODE_MARK) ++mark;
 }
 
@@ -181,7 +181,7 @@ unsigned int DagDefinitionBuilder::createConstant(TemporaryDagFixedFields& t, lo
 }
 
 unsigned int DagDefinitionBuilder::createConstantWithExpression(TemporaryDagFixedFields& t,
-                                                                const QXExpression* expr) {
+                                                                ModelExpr expr) {
     return createConstant(t, getConstant(expr));
 }
 
@@ -205,28 +205,28 @@ unsigned int DagDefinitionBuilder::createInnerNode(TemporaryDagFixedFields& t, N
     return node;
 }
 
-bool DagDefinitionBuilder::isScalar(const QXExpression* expr, long long& coefficient,
-                                    const QXExpression*& operand) const {
-    if (expr->getOperator() != QXOperator::Prod) return false;
+bool DagDefinitionBuilder::isScalar(ModelExpr expr, long long& coefficient,
+                                    ModelExpr& operand) const {
+    if (expr.getOperator() != QXOperator::Prod) return false;
     long long k = 1;
-    const QXExpression* found = nullptr;
-    for (int i = 0; i < expr->getNbOperands(); ++i) {
-        const QXExpression* e = expr->getOperand(i);
+    ModelExpr found;
+    for (int i = 0; i < expr.getNbOperands(); ++i) {
+        ModelExpr e = expr.getOperand(i);
         if (isConstant(e)) {
             k = WrapArith::mul(k, getConstant(e));
         } else {
-            if (found) return false;
+            if (!found.isNull()) return false;
             found = e;
         }
     }
-    if (!found) return false;
+    if (found.isNull()) return false;
     coefficient = k;
     operand = found;
     return true;
 }
 
-unsigned int DagDefinitionBuilder::getVariable(const QXExpression* expr) const {
-    if (!ExpressionTools::isDecision(expr->getOperator()))
+unsigned int DagDefinitionBuilder::getVariable(ModelExpr expr) const {
+    if (!ExpressionTools::isDecision(expr.getOperator()))
         throw KernelException(UNIT, __LINE__, "getVariable", "This operator is not a variable");
     return getNode(expr);
 }

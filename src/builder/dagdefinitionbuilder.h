@@ -11,8 +11,7 @@
 #include <vector>
 
 class DagFixedFields;
-class QXExpression;
-class QXModel;
+class ModelGraph;
 
 // Compiles a closed model into fixed fields, in this order: sort the
 // expressions, fold constant subexpressions, mark the expressions that need
@@ -28,29 +27,30 @@ public:
 
     // `expressionNodes` receives one entry per expression: its node, or
     // KernelConstants::NO_NODE.
-    static void createDagDefinition(const QXModel& model, DagFixedFields& fixed,
+    // The graph is released with the build's scratch.
+    static void createDagDefinition(ModelGraph& model, DagFixedFields& fixed,
                                     std::vector<unsigned int>& expressionNodes);
 
     // --- Used by the markers and node factories ---
-    const QXModel& getModel() const { return model; }
-    unsigned int getNode(const QXExpression* expr) const;
-    void setNode(const QXExpression* expr, unsigned int node);
-    bool isConstant(const QXExpression* expr) const;
+    const ModelGraph& getModel() const { return model; }
+    unsigned int getNode(ModelExpr expr) const;
+    void setNode(ModelExpr expr, unsigned int node);
+    bool isConstant(ModelExpr expr) const;
     // A constant subexpression becomes the Constant node of its value,
     // except a constraint: two constraints on one node are refused, and
     // eq(2, 2) and leq(1, 2) may both be constraints.
-    bool foldsToConstant(const QXExpression* expr) const;
-    long long getConstant(const QXExpression* expr) const;
-    void associateConstant(const QXExpression* expr, long long value);
-    int32_t getMark(const QXExpression* expr) const;
-    void setMark(const QXExpression* expr, int32_t mark);
+    bool foldsToConstant(ModelExpr expr) const;
+    long long getConstant(ModelExpr expr) const;
+    void associateConstant(ModelExpr expr, long long value);
+    int32_t getMark(ModelExpr expr) const;
+    void setMark(ModelExpr expr, int32_t mark);
     // Adds 1 unless the mark is NODE_MARK.
-    void incrementMark(const QXExpression* expr);
+    void incrementMark(ModelExpr expr);
 
     // One Constant node per value.
     unsigned int createConstant(TemporaryDagFixedFields& temporary, long long value);
     unsigned int createConstantWithExpression(TemporaryDagFixedFields& temporary,
-                                              const QXExpression* expr);
+                                              ModelExpr expr);
     // One Scalar node per (child, factor).
     unsigned int createScalar(TemporaryDagFixedFields& temporary, long long coefficient,
                               unsigned int child);
@@ -60,27 +60,27 @@ public:
                                  const std::vector<long long>& coefficients = {});
     // True for a product of constants and exactly one non-constant operand:
     // coefficient gets the constants' product (wrapping), operand the other.
-    bool isScalar(const QXExpression* expr, long long& coefficient,
-                  const QXExpression*& operand) const;
+    bool isScalar(ModelExpr expr, long long& coefficient,
+                  ModelExpr& operand) const;
     // The node of a decision; refuses any other expression.
-    unsigned int getVariable(const QXExpression* expr) const;
+    unsigned int getVariable(ModelExpr expr) const;
 
     TermFlattener& getFlattener() { return flattener; }
 
 private:
-    DagDefinitionBuilder(const QXModel& model, DagFixedFields& fixed,
+    DagDefinitionBuilder(ModelGraph& model, DagFixedFields& fixed,
                          std::vector<unsigned int>& expressionNodes);
 
     void findConstantExpressions();
     void markExpressions();
     void markLeaves();
-    void markExpression(const QXExpression* expr);
+    void markExpression(ModelExpr expr);
     void createAllNodes();
     void addConstraints();
     void addObjectives();
     void releaseScratch();
 
-    const QXModel& model;
+    ModelGraph& model;
     std::vector<unsigned int>& nodes;  // by expression index
     SortedModel sorted;
     TemporaryDagFixedFields temporary;

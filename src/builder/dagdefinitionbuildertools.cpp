@@ -1,7 +1,6 @@
 #include "builder/dagdefinitionbuildertools.h"
 
 #include "api/kernelexception.h"
-#include "api/qxexpression.h"
 #include "builder/dagdefinitionbuilder.h"
 #include "builder/expressiontools.h"
 #include "builder/preprocess.h"
@@ -11,16 +10,16 @@
 namespace {
 const char* const UNIT = "src/builder/dagdefinitionbuildertools";
 
-std::vector<unsigned int> operandNodes(const QXExpression* expr, const DagDefinitionBuilder& builder) {
-    std::vector<unsigned int> childs(expr->getNbOperands());
-    for (int i = 0; i < expr->getNbOperands(); ++i) childs[i] = builder.getNode(expr->getOperand(i));
+std::vector<unsigned int> operandNodes(ModelExpr expr, const DagDefinitionBuilder& builder) {
+    std::vector<unsigned int> childs(expr.getNbOperands());
+    for (int i = 0; i < expr.getNbOperands(); ++i) childs[i] = builder.getNode(expr.getOperand(i));
     return childs;
 }
 }  // namespace
 
 namespace DagDefinitionBuilderTools {
 
-void callMarker(QXOperator op, const QXExpression* expr, DagDefinitionBuilder& builder) {
+void callMarker(QXOperator op, ModelExpr expr, DagDefinitionBuilder& builder) {
     switch (op) {
     case QXOperator::Max: PreprocessMax::mark(expr, builder); break;
     case QXOperator::Min: PreprocessMin::mark(expr, builder); break;
@@ -30,28 +29,28 @@ void callMarker(QXOperator op, const QXExpression* expr, DagDefinitionBuilder& b
     }
 }
 
-void defaultMarker(const QXExpression* expr, DagDefinitionBuilder& builder) {
-    for (int i = 0; i < expr->getNbOperands(); ++i)
-        builder.setMark(expr->getOperand(i), DagDefinitionBuilder::NODE_MARK);
+void defaultMarker(ModelExpr expr, DagDefinitionBuilder& builder) {
+    for (int i = 0; i < expr.getNbOperands(); ++i)
+        builder.setMark(expr.getOperand(i), DagDefinitionBuilder::NODE_MARK);
 }
 
-void flatteningMarker(const QXExpression* expr, DagDefinitionBuilder& builder) {
+void flatteningMarker(ModelExpr expr, DagDefinitionBuilder& builder) {
     if (ExpressionTools::isUnary(expr)) {
-        builder.setMark(expr->getOperand(0), DagDefinitionBuilder::NODE_MARK);
+        builder.setMark(expr.getOperand(0), DagDefinitionBuilder::NODE_MARK);
         return;
     }
     FlatTerms flat;
     builder.getFlattener().flatten(expr, builder, true, flat);
-    for (const QXExpression* absorbed : flat.absorbed) builder.incrementMark(absorbed);
+    for (ModelExpr absorbed : flat.absorbed) builder.incrementMark(absorbed);
     for (const auto& term : flat.terms) builder.setMark(term.first, DagDefinitionBuilder::NODE_MARK);
 }
 
-void createNode(TemporaryDagFixedFields& temporary, const QXExpression* expr,
+void createNode(TemporaryDagFixedFields& temporary, ModelExpr expr,
                 DagDefinitionBuilder& builder) {
     if (builder.getMark(expr) != DagDefinitionBuilder::NODE_MARK) return;
-    const QXOperator op = expr->getOperator();
+    const QXOperator op = expr.getOperator();
     if (op == QXOperator::Const) {
-        builder.setNode(expr, builder.createConstant(temporary, expr->getValue()));
+        builder.setNode(expr, builder.createConstant(temporary, expr.getValue()));
         return;
     }
     // A constant subexpression is its value: abs(-5) is the constant 5, as
@@ -67,26 +66,26 @@ void createNode(TemporaryDagFixedFields& temporary, const QXExpression* expr,
 }
 
 template <NodeType T>
-void defaultCreateNode(TemporaryDagFixedFields& temporary, const QXExpression* expr,
+void defaultCreateNode(TemporaryDagFixedFields& temporary, ModelExpr expr,
                        DagDefinitionBuilder& builder) {
     builder.setNode(expr, builder.createInnerNode(temporary, T, operandNodes(expr, builder)));
 }
 
 template <NodeType T>
-void collapseCreateNode(TemporaryDagFixedFields& temporary, const QXExpression* expr,
+void collapseCreateNode(TemporaryDagFixedFields& temporary, ModelExpr expr,
                         DagDefinitionBuilder& builder) {
     if (ExpressionTools::isUnary(expr))
-        builder.setNode(expr, builder.getNode(expr->getOperand(0)));
+        builder.setNode(expr, builder.getNode(expr.getOperand(0)));
     else
         defaultCreateNode<T>(temporary, expr, builder);
 }
 
-void noCreateNode(TemporaryDagFixedFields&, const QXExpression*, DagDefinitionBuilder&) {
+void noCreateNode(TemporaryDagFixedFields&, ModelExpr, DagDefinitionBuilder&) {
     throw KernelException(UNIT, __LINE__, "noCreateNode",
                           "Cannot create this operator with a factory. Use dedicated functions instead");
 }
 
-void callCreateNode(QXOperator op, TemporaryDagFixedFields& t, const QXExpression* e,
+void callCreateNode(QXOperator op, TemporaryDagFixedFields& t, ModelExpr e,
                     DagDefinitionBuilder& b) {
     switch (op) {
     case QXOperator::Abs: defaultCreateNode<Abs>(t, e, b); break;

@@ -1,7 +1,6 @@
 #include "builder/expressiontools.h"
 
 #include "api/kernelexception.h"
-#include "api/qxexpression.h"
 
 #include <cmath>
 
@@ -37,9 +36,9 @@ bool ExpressionTools::isLeaf(QXOperator op) {
     return op == QXOperator::Bool || op == QXOperator::Const;
 }
 
-bool ExpressionTools::isUnary(const QXExpression* expr) {
-    if (expr->operands.size() != 1) return false;
-    switch (expr->op) {
+bool ExpressionTools::isUnary(QXOperator op, int nbOperands) {
+    if (nbOperands != 1) return false;
+    switch (op) {
     case QXOperator::And:
     case QXOperator::Max:
     case QXOperator::Min:
@@ -51,8 +50,8 @@ bool ExpressionTools::isUnary(const QXExpression* expr) {
     }
 }
 
-int64_t ExpressionTools::evaluate(const QXExpression* expr, const Values& values) {
-    return callEvaluator(expr->op, values);
+int64_t ExpressionTools::evaluate(ModelExpr expr, const Values& values) {
+    return callEvaluator(expr.getOperator(), values);
 }
 
 int64_t ExpressionTools::callEvaluator(QXOperator op, const Values& v) {

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "api/qxoperator.h"
+#include "builder/modelgraph.h"
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-class QXExpression;
 
 // Names, classification and value computation of the operators. The
 // evaluators compute an operator's value from its operands' values; they
@@ -21,12 +21,13 @@ public:
     static bool isDecision(QXOperator op);
     static bool isLeaf(QXOperator op);
     // One operand under an n-ary operator: the expression equals its operand.
-    static bool isUnary(const QXExpression* expr);
+    static bool isUnary(QXOperator op, int nbOperands);
+    static bool isUnary(ModelExpr expr) { return isUnary(expr.getOperator(), expr.getNbOperands()); }
 
     // The values are the operands' in operand order; their count must be
     // within the operator's bounds (the model's closing and the language's
     // argument checks see to it): it is not checked again here.
-    static int64_t evaluate(const QXExpression* expr, const Values& values);
+    static int64_t evaluate(ModelExpr expr, const Values& values);
     static int64_t callEvaluator(QXOperator op, const Values& values);
 
     static int64_t absEval(const Values& v);

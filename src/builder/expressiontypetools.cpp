@@ -1,6 +1,5 @@
 #include "builder/expressiontypetools.h"
 
-#include "api/qxexpression.h"
 
 int ExpressionTypeTools::getNbMinOperands(QXOperator op) {
     return getOperatorInfo(op).minOperands;
@@ -19,16 +18,16 @@ QXValueType ExpressionTypeTools::getOperandType(QXOperator op, int position) {
     return getOperatorInfo(op).operandType;
 }
 
-bool ExpressionTypeTools::hasBooleanValue(const QXExpression* expr) {
-    if (expr->op == QXOperator::Const) return expr->value == 0 || expr->value == 1;
-    return getValueType(expr->op) == QXValueType::Boolean;
+bool ExpressionTypeTools::hasBooleanValue(QXOperator op, int64_t value) {
+    if (op == QXOperator::Const) return value == 0 || value == 1;
+    return getValueType(op) == QXValueType::Boolean;
 }
 
-bool ExpressionTypeTools::isOperandValueTypeValid(QXOperator op, const QXExpression* operand,
-                                                  int position) {
+bool ExpressionTypeTools::isOperandValueTypeValid(QXOperator op, QXOperator operandOp,
+                                                  int64_t operandValue, int position) {
     switch (getOperandType(op, position)) {
     case QXValueType::Integer: return true;
-    case QXValueType::Boolean: return hasBooleanValue(operand);
+    case QXValueType::Boolean: return hasBooleanValue(operandOp, operandValue);
     case QXValueType::None: break;
     }
     return false;

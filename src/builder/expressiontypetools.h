@@ -2,7 +2,7 @@
 
 #include "api/qxoperator.h"
 
-class QXExpression;
+#include <cstdint>
 
 // The operand and result kinds of the operator catalogue, as pure functions
 // of the operator (and of the operand position for the operand kind).
@@ -16,10 +16,10 @@ public:
     // Whether operand may stand at position of an expression of operator op:
     // integer positions take anything (a boolean is the integer 0 or 1);
     // boolean positions take a boolean-kind expression or the constant 0 or 1.
-    static bool isOperandValueTypeValid(QXOperator op, const QXExpression* operand,
-                                        int position);
+    static bool isOperandValueTypeValid(QXOperator op, QXOperator operandOp,
+                                        int64_t operandValue, int position);
 
     // Boolean kind, or a constant 0 or 1: what a boolean position and a
     // constraint accept.
-    static bool hasBooleanValue(const QXExpression* expr);
+    static bool hasBooleanValue(QXOperator op, int64_t value);
 };

@@ -1,13 +1,9 @@
 #include "builder/modelwriter.h"
 
 #include "api/kernelexception.h"
-#include "api/quarrix.h"
-#include "api/qxexpression.h"
-#include "api/qxmodel.h"
-#include "api/qxparam.h"
-#include "api/qxsolution.h"
 #include "builder/expressiontools.h"
 #include "builder/sortedmodel.h"
+#include "solver/kernel/kernelconstants.h"
 
 #include <limits>
 #include <unordered_set>
@@ -24,8 +20,9 @@ std::string integerText(int64_t value) {
 }
 }  // namespace
 
-ModelWriter::ModelWriter(const QXModel& model_, DagBuilder* builder_, std::ostream* out_)
-    : model(model_), builder(builder_), out(*out_) {
+ModelWriter::ModelWriter(const ModelGraph& model_, const ModelWriterSettings& settings_,
+                         std::ostream* out_)
+    : model(model_), settings(settings_), out(*out_) {
     if (!model.isClosed())
         throw KernelException(UNIT, __LINE__, "ModelWriter",
                               "The model need to be closed to be written to a stream.");
@@ -46,16 +43,13 @@ void ModelWriter::write() {
 void ModelWriter::generateUids() {
     const int count = model.getNbExpressions();
     std::unordered_set<std::string> taken;
-    for (int i = 0; i < count; ++i) {
-        const QXExpression* e = model.getExpression(i);
-        if (e->isNamed()) taken.insert(e->getName());
-    }
+    for (int i = 0; i < count; ++i)
+        if (const std::string* name = model.getName(i)) taken.insert(*name);
     uids.assign(count, std::string());
     unsigned long long counter = 0;
     for (int i = 0; i < count; ++i) {
-        const QXExpression* e = model.getExpression(i);
-        if (e->isNamed()) {
-            uids[i] = e->getName();
+        if (const std::string* name = model.getName(i)) {
+            uids[i] = *name;
             continue;
         }
         do {
@@ -66,58 +60,55 @@ void ModelWriter::generateUids() {
 
 void ModelWriter::writeAssignments() {
     SortedModel sorted(model);
-    for (const QXExpression* e : sorted.expressions()) writeAssignment(e);
+    for (int32_t index : sorted.expressions()) writeAssignment(model.getExpression(index));
 }
 
-void ModelWriter::writeAssignment(const QXExpression* expr) {
-    out << '\t' << uids[expr->getIndex()] << " <- ";
-    if (expr->getOperator() == QXOperator::Const) {
-        out << integerText(expr->getValue()) << ";\n";
+void ModelWriter::writeAssignment(ModelExpr expr) {
+    out << '\t' << uids[expr.getIndex()] << " <- ";
+    if (expr.getOperator() == QXOperator::Const) {
+        out << integerText(expr.getValue()) << ";\n";
         return;
     }
-    out << ExpressionTools::getName(expr->getOperator()) << '(';
-    for (int i = 0; i < expr->getNbOperands(); ++i) {
+    out << ExpressionTools::getName(expr.getOperator()) << '(';
+    for (int i = 0; i < expr.getNbOperands(); ++i) {
         if (i > 0) out << ", ";
-        out << uids[expr->getOperand(i)->getIndex()];
+        out << uids[expr.getOperand(i).getIndex()];
     }
     out << ");\n";
 }
 
 void ModelWriter::writeConstraints() {
     for (int i = 0; i < model.getNbConstraints(); ++i)
-        out << "\tconstraint " << uids[model.getConstraint(i)->getIndex()] << ";\n";
+        out << "\tconstraint " << uids[model.getConstraint(i).getIndex()] << ";\n";
 }
 
 void ModelWriter::writeObjectives() {
     for (int i = 0; i < model.getNbObjectives(); ++i) {
-        const bool minimize = model.getObjectiveDirection(i) == QXObjectiveDirection::Minimize;
-        out << (minimize ? "\tminimize " : "\tmaximize ") << uids[model.getObjective(i)->getIndex()]
+        const bool minimize = model.getObjectiveDirection(i) == Minimize;
+        out << (minimize ? "\tminimize " : "\tmaximize ") << uids[model.getObjective(i).getIndex()]
             << ";\n";
     }
 }
 
 void ModelWriter::writeInitialValues() {
-    QXSolution* solution = model.getQuarrix()->getSolution();
     out << "function setInitialValues() {\n";
     for (int i = 0; i < model.getNbDecisions(); ++i) {
-        const QXExpression* decision = model.getDecision(i);
-        out << "\tsetValue(" << uids[decision->getIndex()] << ","
-            << (solution->getValue(decision) == 1 ? "true" : "false") << ");\n";
+        out << "\tsetValue(" << uids[model.getDecision(i).getIndex()] << ","
+            << (settings.decisionValues[i] == 1 ? "true" : "false") << ");\n";
     }
     out << "}\n";
 }
 
 void ModelWriter::writeParam() {
-    const QXParam* param = model.getQuarrix()->getParam();
     out << "function param() {\n";
     for (int k = 0; k < model.getNbObjectives(); ++k) {
-        const int64_t bound = param->getObjectiveBound(k);
+        const int64_t bound = settings.objectiveBounds[k];
         if (bound != std::numeric_limits<int64_t>::min() &&
             bound != std::numeric_limits<int64_t>::max())
             out << "\tsetObjectiveBound(" << k << "," << bound << ");\n";
     }
     out << "\tsetInitialValues();\n";
-    out << "\tqxSeed = " << param->getSeed() << ";\n";
-    out << "\tqxNbThreads = " << param->getNbThreads() << ";\n";
+    out << "\tqxSeed = " << settings.seed << ";\n";
+    out << "\tqxNbThreads = " << settings.nbThreads << ";\n";
     out << "}\n";
 }

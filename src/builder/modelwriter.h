@@ -1,12 +1,19 @@
 #pragma once
 
+#include "builder/modelgraph.h"
+
+#include <cstdint>
 #include <ostream>
 #include <string>
 #include <vector>
 
-class DagBuilder;
-class QXExpression;
-class QXModel;
+// The solver settings that reproduce a run, as the writer prints them.
+struct ModelWriterSettings {
+    std::vector<int64_t> decisionValues;   // by decision rank: the current solution
+    std::vector<int64_t> objectiveBounds;  // by objective; the 64-bit limits mean none
+    int seed = 0;
+    int nbThreads = 1;
+};
 
 // Prints a closed model as a program of the modeling language: a "model"
 // function that rebuilds every expression (operands first) with its
@@ -20,9 +27,9 @@ class QXModel;
 // identifiers of the language are written as they are.
 class ModelWriter {
 public:
-    // Throws KernelException when the model is not closed. The compiled
-    // model is not needed for the text (may be null).
-    ModelWriter(const QXModel& model, DagBuilder* builder, std::ostream* out);
+    // Throws KernelException when the model is not closed. The graph must
+    // carry the expressions' names.
+    ModelWriter(const ModelGraph& model, const ModelWriterSettings& settings, std::ostream* out);
 
     void write();
     // The identifier written for each expression, by index (after write).
@@ -31,14 +38,14 @@ public:
 private:
     void generateUids();
     void writeAssignments();
-    void writeAssignment(const QXExpression* expr);
+    void writeAssignment(ModelExpr expr);
     void writeConstraints();
     void writeObjectives();
     void writeInitialValues();
     void writeParam();
 
-    const QXModel& model;
-    DagBuilder* builder;
+    const ModelGraph& model;
+    const ModelWriterSettings& settings;
     std::ostream& out;
     std::vector<std::string> uids;  // by expression index
 };

@@ -1,6 +1,5 @@
 #include "builder/preprocess.h"
 
-#include "api/qxexpression.h"
 #include "builder/dagdefinitionbuilder.h"
 #include "builder/dagdefinitionbuildertools.h"
 #include "builder/expressiontools.h"
@@ -15,9 +14,9 @@ namespace {
 
 // The flattened terms of a non-unary root, with their nodes. A unary root
 // (one operand) shares its operand's node and returns false.
-bool flattenForNode(const QXExpression* expr, DagDefinitionBuilder& builder, FlatTerms& flat) {
+bool flattenForNode(ModelExpr expr, DagDefinitionBuilder& builder, FlatTerms& flat) {
     if (ExpressionTools::isUnary(expr)) {
-        builder.setNode(expr, builder.getNode(expr->getOperand(0)));
+        builder.setNode(expr, builder.getNode(expr.getOperand(0)));
         return false;
     }
     builder.getFlattener().flatten(expr, builder, false, flat);
@@ -52,7 +51,7 @@ void nodeTerms(const FlatTerms& flat, const DagDefinitionBuilder& builder, bool 
 }
 
 // Min or Max: children sorted by node, each (node, coefficient) once.
-void createExtremum(TemporaryDagFixedFields& temporary, const QXExpression* expr,
+void createExtremum(TemporaryDagFixedFields& temporary, ModelExpr expr,
                     DagDefinitionBuilder& builder, NodeType plain, NodeType scaled) {
     FlatTerms flat;
     if (!flattenForNode(expr, builder, flat)) return;
@@ -81,11 +80,11 @@ void createExtremum(TemporaryDagFixedFields& temporary, const QXExpression* expr
 
 }  // namespace
 
-void PreprocessSum::mark(const QXExpression* expr, DagDefinitionBuilder& builder) {
+void PreprocessSum::mark(ModelExpr expr, DagDefinitionBuilder& builder) {
     DagDefinitionBuilderTools::flatteningMarker(expr, builder);
 }
 
-void PreprocessSum::createNode(TemporaryDagFixedFields& temporary, const QXExpression* expr,
+void PreprocessSum::createNode(TemporaryDagFixedFields& temporary, ModelExpr expr,
                                DagDefinitionBuilder& builder) {
     FlatTerms flat;
     if (!flattenForNode(expr, builder, flat)) return;
@@ -113,11 +112,11 @@ void PreprocessSum::createNode(TemporaryDagFixedFields& temporary, const QXExpre
         builder.setNode(expr, builder.createInnerNode(temporary, ScalarSum, childs, coefficients));
 }
 
-void PreprocessProduct::mark(const QXExpression* expr, DagDefinitionBuilder& builder) {
+void PreprocessProduct::mark(ModelExpr expr, DagDefinitionBuilder& builder) {
     DagDefinitionBuilderTools::flatteningMarker(expr, builder);
 }
 
-void PreprocessProduct::createNode(TemporaryDagFixedFields& temporary, const QXExpression* expr,
+void PreprocessProduct::createNode(TemporaryDagFixedFields& temporary, ModelExpr expr,
                                    DagDefinitionBuilder& builder) {
     FlatTerms flat;
     if (!flattenForNode(expr, builder, flat)) return;
@@ -141,20 +140,20 @@ void PreprocessProduct::createNode(TemporaryDagFixedFields& temporary, const QXE
     }
 }
 
-void PreprocessMin::mark(const QXExpression* expr, DagDefinitionBuilder& builder) {
+void PreprocessMin::mark(ModelExpr expr, DagDefinitionBuilder& builder) {
     DagDefinitionBuilderTools::flatteningMarker(expr, builder);
 }
 
-void PreprocessMin::createNode(TemporaryDagFixedFields& temporary, const QXExpression* expr,
+void PreprocessMin::createNode(TemporaryDagFixedFields& temporary, ModelExpr expr,
                                DagDefinitionBuilder& builder) {
     createExtremum(temporary, expr, builder, Min, ScalarMin);
 }
 
-void PreprocessMax::mark(const QXExpression* expr, DagDefinitionBuilder& builder) {
+void PreprocessMax::mark(ModelExpr expr, DagDefinitionBuilder& builder) {
     DagDefinitionBuilderTools::flatteningMarker(expr, builder);
 }
 
-void PreprocessMax::createNode(TemporaryDagFixedFields& temporary, const QXExpression* expr,
+void PreprocessMax::createNode(TemporaryDagFixedFields& temporary, ModelExpr expr,
                                DagDefinitionBuilder& builder) {
     createExtremum(temporary, expr, builder, Max, ScalarMax);
 }

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "builder/modelgraph.h"
+
 class DagDefinitionBuilder;
-class QXExpression;
 class TemporaryDagFixedFields;
 
 // Rewriting of the n-ary sums, products, minima and maxima: nested
@@ -18,25 +19,25 @@ class TemporaryDagFixedFields;
 // the best constant becomes one child.
 // Each may also end in a Constant node when nothing but constants is left.
 struct PreprocessSum {
-    static void mark(const QXExpression* expr, DagDefinitionBuilder& builder);
-    static void createNode(TemporaryDagFixedFields& temporary, const QXExpression* expr,
+    static void mark(ModelExpr expr, DagDefinitionBuilder& builder);
+    static void createNode(TemporaryDagFixedFields& temporary, ModelExpr expr,
                            DagDefinitionBuilder& builder);
 };
 
 struct PreprocessProduct {
-    static void mark(const QXExpression* expr, DagDefinitionBuilder& builder);
-    static void createNode(TemporaryDagFixedFields& temporary, const QXExpression* expr,
+    static void mark(ModelExpr expr, DagDefinitionBuilder& builder);
+    static void createNode(TemporaryDagFixedFields& temporary, ModelExpr expr,
                            DagDefinitionBuilder& builder);
 };
 
 struct PreprocessMin {
-    static void mark(const QXExpression* expr, DagDefinitionBuilder& builder);
-    static void createNode(TemporaryDagFixedFields& temporary, const QXExpression* expr,
+    static void mark(ModelExpr expr, DagDefinitionBuilder& builder);
+    static void createNode(TemporaryDagFixedFields& temporary, ModelExpr expr,
                            DagDefinitionBuilder& builder);
 };
 
 struct PreprocessMax {
-    static void mark(const QXExpression* expr, DagDefinitionBuilder& builder);
-    static void createNode(TemporaryDagFixedFields& temporary, const QXExpression* expr,
+    static void mark(ModelExpr expr, DagDefinitionBuilder& builder);
+    static void createNode(TemporaryDagFixedFields& temporary, ModelExpr expr,
                            DagDefinitionBuilder& builder);
 };

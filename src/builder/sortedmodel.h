@@ -1,9 +1,10 @@
 #pragma once
 
+#include "builder/modelgraph.h"
+
 #include <vector>
 
-class QXExpression;
-class QXModel;
+class ModelGraph;
 
 // The expressions of a model in depth-first post-order: for each expression
 // in index order, its operands (in operand order) and then itself, each
@@ -13,21 +14,22 @@ class QXModel;
 // as the model costs heap, not call stack.
 class SortedModel {
 public:
-    explicit SortedModel(const QXModel& model);
+    explicit SortedModel(const ModelGraph& model);
 
-    const std::vector<const QXExpression*>& expressions() const { return sorted; }
+    // Expression indexes.
+    const std::vector<int32_t>& expressions() const { return sorted; }
     bool isAdded(int index) const { return added[index] != 0; }
     // Frees the order once its user is done with it.
     void release();
 
 private:
-    void addExpression(const QXExpression* expr);
+    void addExpression(ModelExpr expr);
 
-    const QXModel& model;
-    std::vector<const QXExpression*> sorted;
+    const ModelGraph& model;
+    std::vector<int32_t> sorted;
     std::vector<unsigned char> added;  // by expression index
     struct Frame {
-        const QXExpression* expr;
+        ModelExpr expr;
         int next;  // next operand to look at
     };
     std::vector<Frame> stack;

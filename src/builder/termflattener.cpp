@@ -1,8 +1,6 @@
 #include "builder/termflattener.h"
 
-#include "api/qxmodel.h"
 
-#include "api/qxexpression.h"
 #include "builder/dagdefinitionbuilder.h"
 #include "builder/expressiontools.h"
 #include "solver/kernel/kernelconstants.h"
@@ -27,30 +25,30 @@ void TermFlattener::ensureSize(std::size_t count) {
     reached.resize(count, 0);
     roles.resize(count, 0);
     factors.resize(count, 0);
-    singles.resize(count, nullptr);
+    singles.resize(count);
 }
 
-TermFlattener::Role TermFlattener::roleOf(const QXExpression* expr, QXOperator op,
+TermFlattener::Role TermFlattener::roleOf(ModelExpr expr, QXOperator op,
                                           const DagDefinitionBuilder& builder, bool marking,
-                                          long long& factor, const QXExpression*& single) const {
+                                          long long& factor, ModelExpr& single) const {
     if (builder.isConstant(expr)) return ConstantRole;
     if (ExpressionTools::isUnary(expr)) {
         factor = 1;
-        single = expr->getOperand(0);
+        single = expr.getOperand(0);
         return ThroughRole;
     }
     // Inside a product, a product by a constant is an ordinary nested product.
     if (op != QXOperator::Prod && builder.isScalar(expr, factor, single)) return ThroughRole;
-    if (expr->getOperator() == op &&
+    if (expr.getOperator() == op &&
         (marking || builder.getMark(expr) != DagDefinitionBuilder::NODE_MARK))
         return NestedRole;
     return TermRole;
 }
 
-void TermFlattener::flatten(const QXExpression* root, const DagDefinitionBuilder& builder,
+void TermFlattener::flatten(ModelExpr root, const DagDefinitionBuilder& builder,
                             bool marking, FlatTerms& out) {
     out = FlatTerms();
-    const QXOperator op = root->getOperator();
+    const QXOperator op = root.getOperator();
     if (op == QXOperator::Min || op == QXOperator::Max)
         flattenExtremum(root, builder, marking, out);
     else
@@ -60,9 +58,9 @@ void TermFlattener::flatten(const QXExpression* root, const DagDefinitionBuilder
 // Sums and products. First the expressions under the root that the walk may
 // go through are listed in post-order (each once); then, users before
 // operands, each reached expression hands its weight on to its operands.
-void TermFlattener::flattenLinear(const QXExpression* root, const DagDefinitionBuilder& builder,
+void TermFlattener::flattenLinear(ModelExpr root, const DagDefinitionBuilder& builder,
                                   bool marking, FlatTerms& out) {
-    const QXOperator op = root->getOperator();
+    const QXOperator op = root.getOperator();
     const bool isProduct = op == QXOperator::Prod;
     ensureSize(static_cast<std::size_t>(builder.getModel().getNbExpressions()));
     if (++stamp == 0) {
@@ -70,8 +68,8 @@ void TermFlattener::flattenLinear(const QXExpression* root, const DagDefinitionB
         stamp = 1;
     }
     order.clear();
-    auto visit = [&](const QXExpression* expr, Role role) {
-        const int i = expr->getIndex();
+    auto visit = [&](ModelExpr expr, Role role) {
+        const int i = expr.getIndex();
         stamps[i] = stamp;
         weights[i] = 0;
         reached[i] = 0;
@@ -81,39 +79,39 @@ void TermFlattener::flattenLinear(const QXExpression* root, const DagDefinitionB
     visit(root, NestedRole);
     while (!stack.empty()) {
         Frame& top = stack.back();
-        const int i = top.expr->getIndex();
-        const QXExpression* next = nullptr;
+        const int i = top.expr.getIndex();
+        ModelExpr next;
         if (roles[i] == ThroughRole) {
             if (top.next++ == 0) next = singles[i];
         } else if (roles[i] == NestedRole) {
-            if (top.next < top.expr->getNbOperands()) next = top.expr->getOperand(top.next++);
+            if (top.next < top.expr.getNbOperands()) next = top.expr.getOperand(top.next++);
         }
-        if (!next) {
+        if (next.isNull()) {
             order.push_back(top.expr);
             stack.pop_back();
             continue;
         }
-        const int j = next->getIndex();
+        const int j = next.getIndex();
         if (stamps[j] == stamp) continue;
         long long factor = 1;
-        const QXExpression* single = nullptr;
+        ModelExpr single;
         Role role = roleOf(next, op, builder, marking, factor, single);
         factors[j] = factor;
         singles[j] = single;
         visit(next, role);
     }
 
-    auto hand = [&](const QXExpression* expr, long long weight) {
-        const int j = expr->getIndex();
+    auto hand = [&](ModelExpr expr, long long weight) {
+        const int j = expr.getIndex();
         weights[j] = isProduct ? weights[j] + weight : WrapArith::add(weights[j], weight);
         reached[j] = 1;
     };
-    weights[root->getIndex()] = 1;
-    reached[root->getIndex()] = 1;
+    weights[root.getIndex()] = 1;
+    reached[root.getIndex()] = 1;
     out.constant = isProduct ? 1 : 0;
     for (auto it = order.rbegin(); it != order.rend(); ++it) {
-        const QXExpression* expr = *it;
-        const int i = expr->getIndex();
+        ModelExpr expr = *it;
+        const int i = expr.getIndex();
         if (!reached[i]) continue;
         const long long weight = weights[i];
         Role role = static_cast<Role>(roles[i]);
@@ -135,7 +133,7 @@ void TermFlattener::flattenLinear(const QXExpression* root, const DagDefinitionB
             break;
         case NestedRole:
             if (expr != root) out.absorbed.push_back(expr);
-            for (int k = 0; k < expr->getNbOperands(); ++k) hand(expr->getOperand(k), weight);
+            for (int k = 0; k < expr.getNbOperands(); ++k) hand(expr.getOperand(k), weight);
             break;
         case TermRole:
             out.terms.emplace_back(expr, weight);
@@ -150,9 +148,9 @@ void TermFlattener::flattenLinear(const QXExpression* root, const DagDefinitionB
 // (k * min(a, b) is min(k * a, k * b) only for positive k without overflow),
 // so the pairs with other coefficients form chains and the walk stays
 // linear in practice.
-void TermFlattener::flattenExtremum(const QXExpression* root, const DagDefinitionBuilder& builder,
+void TermFlattener::flattenExtremum(ModelExpr root, const DagDefinitionBuilder& builder,
                                     bool marking, FlatTerms& out) {
-    const QXOperator op = root->getOperator();
+    const QXOperator op = root.getOperator();
     const bool isMax = op == QXOperator::Max;
     auto offerConstant = [&](long long value) {
         if (!out.hasConstant || (isMax ? value > out.constant : value < out.constant))
@@ -161,13 +159,13 @@ void TermFlattener::flattenExtremum(const QXExpression* root, const DagDefinitio
     };
     seen.clear();
     pending.clear();
-    for (int k = root->getNbOperands() - 1; k >= 0; --k) pending.emplace_back(root->getOperand(k), 1);
+    for (int k = root.getNbOperands() - 1; k >= 0; --k) pending.emplace_back(root.getOperand(k), 1);
     while (!pending.empty()) {
         const auto [expr, coefficient] = pending.back();
         pending.pop_back();
-        if (!seen.emplace(expr->getIndex(), coefficient).second) continue;
+        if (!seen.emplace(expr.getIndex(), coefficient).second) continue;
         long long factor = 1;
-        const QXExpression* single = nullptr;
+        ModelExpr single;
         Role role = roleOf(expr, op, builder, marking, factor, single);
         if (role == NestedRole && coefficient != 1) role = TermRole;
         switch (role) {
@@ -184,8 +182,8 @@ void TermFlattener::flattenExtremum(const QXExpression* root, const DagDefinitio
         }
         case NestedRole:
             out.absorbed.push_back(expr);
-            for (int k = expr->getNbOperands() - 1; k >= 0; --k)
-                pending.emplace_back(expr->getOperand(k), 1);
+            for (int k = expr.getNbOperands() - 1; k >= 0; --k)
+                pending.emplace_back(expr.getOperand(k), 1);
             break;
         case TermRole:
             out.terms.emplace_back(expr, coefficient);

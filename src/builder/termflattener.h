@@ -1,6 +1,7 @@
 #pragma once
 
 #include "api/qxoperator.h"
+#include "builder/modelgraph.h"
 
 #include <cstdint>
 #include <set>
@@ -8,7 +9,6 @@
 #include <vector>
 
 class DagDefinitionBuilder;
-class QXExpression;
 
 // The terms of an n-ary sum, product, minimum or maximum once nested
 // operators of the same kind, one-operand n-ary operators and products by
@@ -16,9 +16,9 @@ class QXExpression;
 struct FlatTerms {
     // Expression and its weight: a coefficient for sums, minima and maxima,
     // a multiplicity for products. Each (expression, weight) once.
-    std::vector<std::pair<const QXExpression*, long long>> terms;
+    std::vector<std::pair<ModelExpr, long long>> terms;
     // Nested operators of the same kind that were seen through, each once.
-    std::vector<const QXExpression*> absorbed;
+    std::vector<ModelExpr> absorbed;
     // Folded constants: their weighted sum, their product, or the best of
     // them for minima and maxima (only when hasConstant).
     long long constant = 0;
@@ -38,18 +38,18 @@ struct FlatTerms {
 // minimum or maximum only with the coefficient 1.
 class TermFlattener {
 public:
-    void flatten(const QXExpression* root, const DagDefinitionBuilder& builder, bool marking,
+    void flatten(ModelExpr root, const DagDefinitionBuilder& builder, bool marking,
                  FlatTerms& out);
 
 private:
     // What the walk does with one expression.
     enum Role : uint8_t { ConstantRole, ThroughRole, NestedRole, TermRole };
-    Role roleOf(const QXExpression* expr, QXOperator op, const DagDefinitionBuilder& builder,
-                bool marking, long long& factor, const QXExpression*& single) const;
+    Role roleOf(ModelExpr expr, QXOperator op, const DagDefinitionBuilder& builder,
+                bool marking, long long& factor, ModelExpr& single) const;
 
-    void flattenLinear(const QXExpression* root, const DagDefinitionBuilder& builder,
+    void flattenLinear(ModelExpr root, const DagDefinitionBuilder& builder,
                        bool marking, FlatTerms& out);
-    void flattenExtremum(const QXExpression* root, const DagDefinitionBuilder& builder,
+    void flattenExtremum(ModelExpr root, const DagDefinitionBuilder& builder,
                          bool marking, FlatTerms& out);
     void ensureSize(std::size_t count);
 
@@ -60,14 +60,14 @@ private:
     std::vector<uint8_t> reached;
     std::vector<uint8_t> roles;
     std::vector<long long> factors;                // of ThroughRole expressions
-    std::vector<const QXExpression*> singles;      // the operand they stand for
+    std::vector<ModelExpr> singles;      // the operand they stand for
     uint32_t stamp = 0;
-    std::vector<const QXExpression*> order;
+    std::vector<ModelExpr> order;
     struct Frame {
-        const QXExpression* expr;
+        ModelExpr expr;
         int next;
     };
     std::vector<Frame> stack;
-    std::vector<std::pair<const QXExpression*, long long>> pending;
+    std::vector<std::pair<ModelExpr, long long>> pending;
     std::set<std::pair<int, long long>> seen;
 };

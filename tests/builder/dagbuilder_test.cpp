@@ -8,6 +8,7 @@
 #include "api/qxexpression.h"
 #include "api/qxmodel.h"
 #include "api/qxsolution.h"
+#include "api/compiledmodel.h"
 #include "builder/dagbuilder.h"
 #include "randommodel.h"
 #include "solver/kernel/dag.h"
@@ -24,7 +25,7 @@
 namespace {
 
 // Sets the decisions in the API solution and loads them into the main Dag.
-void assign(DagBuilder& builder, QXSolution& solution, const std::vector<QXExpression*>& decisions,
+void assign(CompiledModel& builder, QXSolution& solution, const std::vector<QXExpression*>& decisions,
             const std::vector<int64_t>& values) {
     for (std::size_t i = 0; i < decisions.size(); ++i) solution.setValue(decisions[i], values[i]);
     std::vector<long long> variableValues;
@@ -34,7 +35,7 @@ void assign(DagBuilder& builder, QXSolution& solution, const std::vector<QXExpre
 
 // Every expression with a node against the API's value; every node within
 // its bounds. Returns the number of expressions compared.
-int compareWithModel(DagBuilder& builder, QXSolution& solution, const std::string& where) {
+int compareWithModel(CompiledModel& builder, QXSolution& solution, const std::string& where) {
     const QXModel& model = builder.getModel();
     const Dag& dag = *builder.getDag(0);
     const DagFixedFields& fixed = builder.getFixedFields();
@@ -68,7 +69,7 @@ TEST(DagBuilder, RandomModelsCompileToTheApiValuesWithinBounds) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         RandomModel random(model, seed);
         model->close();
-        DagBuilder& builder = *model->getDagBuilder();
+        CompiledModel& builder = *model->getCompiledModel();
         QXSolution& solution = *solver.getSolution();
         const DagFixedFields& fixed = builder.getFixedFields();
         for (int c = 0; c < model->getNbConstraints(); ++c)
@@ -107,7 +108,7 @@ TEST(DagBuilder, MillionDeepChainIsOneSum) {
     model->addObjective(s, QXObjectiveDirection::Maximize);
     model->close();
 
-    const DagBuilder& builder = *model->getDagBuilder();
+    const CompiledModel& builder = *model->getCompiledModel();
     const DagFixedFields& fixed = builder.getFixedFields();
     ASSERT_EQ(fixed.nbNodes(), static_cast<unsigned int>(n + 1));
     const unsigned int root = builder.getNode(s);
@@ -139,7 +140,7 @@ TEST(DagBuilder, ConstantsFoldedAndSharedUnusedExpressionsDropped) {
     model->addObjective(other, QXObjectiveDirection::Minimize);
     model->close();
 
-    const DagBuilder& builder = *model->getDagBuilder();
+    const CompiledModel& builder = *model->getCompiledModel();
     const DagFixedFields& fixed = builder.getFixedFields();
     const unsigned int fiveNode = builder.getNode(five);
     ASSERT_NE(fiveNode, KernelConstants::NO_NODE);
@@ -256,7 +257,7 @@ TEST(DagBuilder, BoundsHoldAtTheExtremes) {
                     objective(model->createExpression(Op::Prod, c, s, t));
                 }
     model->close();
-    DagBuilder& builder = *model->getDagBuilder();
+    CompiledModel& builder = *model->getCompiledModel();
     const DagFixedFields& fixed = builder.getFixedFields();
     for (NodeType type : {Scalar, ScalarSum, ScalarMax, ScalarMin, ScalarProduct, Divide, Modulo,
                           Sqrt, Distance, Abs, Product})

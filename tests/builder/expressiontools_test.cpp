@@ -2,6 +2,7 @@
 
 #include "api/kernelexception.h"
 #include "api/quarrix.h"
+#include "api/qxexpression.h"
 #include "api/qxmodel.h"
 #include "builder/expressiontools.h"
 #include "builder/expressiontypetools.h"
@@ -10,6 +11,15 @@
 
 using T = ExpressionTools;
 using Op = QXOperator;
+
+namespace {
+bool valid(Op op, const QXExpression* operand, int position) {
+    return ExpressionTypeTools::isOperandValueTypeValid(op, operand->getOperator(),
+                                                        operand->isConstant() ? operand->getValue() : 0,
+                                                        position);
+}
+bool unary(const QXExpression* expr) { return T::isUnary(expr->getOperator(), expr->getNbOperands()); }
+}  // namespace
 
 TEST(ExpressionTools, CatalogueFollowsTheOperatorCodes) {
     const char* names[] = {"abs", "and", "bool", "const", "dist", "div", "eq", "geq",
@@ -57,22 +67,22 @@ TEST(ExpressionTools, BooleanPositionsTakeBooleansAndTheConstantsZeroAndOne) {
     QXExpression* one = m->createConstant(1);
     QXExpression* two = m->createConstant(2);
     QXExpression* minusOne = m->createConstant(-1);
-    EXPECT_TRUE(TT::isOperandValueTypeValid(Op::And, b, 0));
-    EXPECT_TRUE(TT::isOperandValueTypeValid(Op::And, zero, 3));
-    EXPECT_TRUE(TT::isOperandValueTypeValid(Op::Or, one, 0));
-    EXPECT_FALSE(TT::isOperandValueTypeValid(Op::Or, two, 0));
-    EXPECT_FALSE(TT::isOperandValueTypeValid(Op::Not, minusOne, 0));
-    EXPECT_FALSE(TT::isOperandValueTypeValid(Op::Xor, sumOfOne, 1));
-    EXPECT_FALSE(TT::isOperandValueTypeValid(Op::Iif, two, 0));
-    EXPECT_TRUE(TT::isOperandValueTypeValid(Op::Iif, two, 1));
-    EXPECT_TRUE(TT::isOperandValueTypeValid(Op::Sum, sumOfOne, 0));
-    EXPECT_FALSE(TT::isOperandValueTypeValid(Op::Bool, b, 0));
+    EXPECT_TRUE(valid(Op::And, b, 0));
+    EXPECT_TRUE(valid(Op::And, zero, 3));
+    EXPECT_TRUE(valid(Op::Or, one, 0));
+    EXPECT_FALSE(valid(Op::Or, two, 0));
+    EXPECT_FALSE(valid(Op::Not, minusOne, 0));
+    EXPECT_FALSE(valid(Op::Xor, sumOfOne, 1));
+    EXPECT_FALSE(valid(Op::Iif, two, 0));
+    EXPECT_TRUE(valid(Op::Iif, two, 1));
+    EXPECT_TRUE(valid(Op::Sum, sumOfOne, 0));
+    EXPECT_FALSE(valid(Op::Bool, b, 0));
 
-    EXPECT_TRUE(T::isUnary(sumOfOne));
-    EXPECT_FALSE(T::isUnary(b));
+    EXPECT_TRUE(unary(sumOfOne));
+    EXPECT_FALSE(unary(b));
     QXExpression* notB = m->createExpression(Op::Not, b);
-    EXPECT_FALSE(T::isUnary(notB));  // one operand, but not n-ary
-    EXPECT_FALSE(T::isUnary(m->createExpression(Op::Sum, b, b)));
+    EXPECT_FALSE(unary(notB));  // one operand, but not n-ary
+    EXPECT_FALSE(unary(m->createExpression(Op::Sum, b, b)));
     EXPECT_TRUE(T::isDecision(Op::Bool));
     EXPECT_FALSE(T::isDecision(Op::Const));
     EXPECT_TRUE(T::isLeaf(Op::Const));

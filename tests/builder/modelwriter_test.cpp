@@ -8,7 +8,9 @@
 #include "api/qxmodel.h"
 #include "api/qxparam.h"
 #include "api/qxsolution.h"
+#include "api/compiledmodel.h"
 #include "builder/dagbuilder.h"
+#include "builder/modelgraph.h"
 #include "builder/modelwriter.h"
 #include "modeler/context.h"
 #include "modeler/program.h"
@@ -64,7 +66,7 @@ std::vector<long long> compiledObjectives(QXModel* model, const std::vector<QXEx
                                           const std::vector<int64_t>& values) {
     QXSolution* solution = model->getQuarrix()->getSolution();
     for (std::size_t i = 0; i < decisions.size(); ++i) solution->setValue(decisions[i], values[i]);
-    DagBuilder& builder = *model->getDagBuilder();
+    CompiledModel& builder = *model->getCompiledModel();
     std::vector<long long> variableValues;
     builder.convertSolution(solution, variableValues);
     DagBuilder::loadVariableValues(*builder.getDag(0), variableValues);
@@ -144,7 +146,9 @@ TEST(ModelWriter, RefusesAnOpenModel) {
     Quarrix solver;
     std::ostringstream out;
     try {
-        ModelWriter(*solver.getModel(), nullptr, &out);
+        ModelGraph graph;
+        solver.getModel()->fillGraph(graph, true);
+        ModelWriter(graph, ModelWriterSettings(), &out);
         ADD_FAILURE() << "no error";
     } catch (const KernelException& e) {
         EXPECT_EQ(e.getExplanation(), "The model need to be closed to be written to a stream.");
@@ -173,9 +177,7 @@ TEST(ModelWriter, RandomModelsRunAgainToTheSameModel) {
         std::vector<std::string> uids;
         {
             std::ofstream out(file, std::ios::trunc);
-            ModelWriter writer(*model, model->getDagBuilder(), &out);
-            writer.write();
-            uids = writer.getUids();
+            uids = model->write(out);
         }
 
         Rerun again(file);
