@@ -140,6 +140,10 @@ void QXExpression::setValue(int64_t newValue) {
     model->solver->getSolution()->setValue(this, newValue);
 }
 
+int64_t QXExpression::evaluate(QXOperator op, const std::vector<int64_t>& operandValues) {
+    return ExpressionTools::callEvaluator(op, operandValues);
+}
+
 std::string QXExpression::toString() const {
     ApiErrors::checkNotRunning(solver(), QX_HERE);
     std::string text = "Expression " + std::to_string(index) + " (type = " +

@@ -57,6 +57,12 @@ public:
     std::string toString() const;
     std::string getInfo() const;
 
+    // The value of an operator over integer operand values (their count
+    // within the operator's bounds), as the model computes it; throws for a
+    // zero divisor and the square root of a negative number, and for the
+    // leaves, which have no operands to compute from.
+    static int64_t evaluate(QXOperator op, const std::vector<int64_t>& operandValues);
+
 private:
     friend class QXModel;
     friend class QXSolution;

@@ -38,3 +38,8 @@ const QXOperatorInfo catalogue[QX_NB_OPERATORS] = {
 const QXOperatorInfo& getOperatorInfo(QXOperator op) {
     return catalogue[static_cast<unsigned>(op)];
 }
+
+QXValueType getOperandType(QXOperator op, int position) {
+    if (op == QXOperator::Iif && position == 0) return QXValueType::Boolean;
+    return getOperatorInfo(op).operandType;
+}

@@ -47,6 +47,9 @@ struct QXOperatorInfo {
 
 // The catalogue row of an operator; op must be one of the 22 codes.
 const QXOperatorInfo& getOperatorInfo(QXOperator op);
+// The kind required at an operand position: the row's operand kind, except
+// the condition of Iif, which is boolean.
+QXValueType getOperandType(QXOperator op, int position);
 
 // True for the 22 codes; anything else comes from a bad cast.
 inline bool isValidOperator(QXOperator op) {

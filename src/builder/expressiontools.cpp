@@ -1,24 +1,13 @@
 #include "builder/expressiontools.h"
 
 #include "api/kernelexception.h"
+#include "solver/kernel/wraparith.h"
 
 #include <cmath>
 
 namespace {
 
 const char* const UNIT = "src/builder/expressiontools";
-
-// Two's-complement arithmetic without signed-overflow undefined behaviour.
-int64_t wrapAdd(int64_t a, int64_t b) {
-    return static_cast<int64_t>(static_cast<uint64_t>(a) + static_cast<uint64_t>(b));
-}
-int64_t wrapSub(int64_t a, int64_t b) {
-    return static_cast<int64_t>(static_cast<uint64_t>(a) - static_cast<uint64_t>(b));
-}
-int64_t wrapMul(int64_t a, int64_t b) {
-    return static_cast<int64_t>(static_cast<uint64_t>(a) * static_cast<uint64_t>(b));
-}
-int64_t wrapAbs(int64_t a) { return a < 0 ? wrapSub(0, a) : a; }
 
 [[noreturn]] void divisionByZero(const char* unit) {
     throw KernelException(unit, __LINE__, "computeValue", "Division by zero.");
@@ -83,7 +72,7 @@ int64_t ExpressionTools::callEvaluator(QXOperator op, const Values& v) {
                           "Operator " + std::to_string(static_cast<unsigned>(op)) + " unknown.");
 }
 
-int64_t ExpressionTools::absEval(const Values& v) { return wrapAbs(v[0]); }
+int64_t ExpressionTools::absEval(const Values& v) { return WrapArith::abs(v[0]); }
 
 int64_t ExpressionTools::andEval(const Values& v) {
     for (int64_t x : v)
@@ -101,19 +90,16 @@ int64_t ExpressionTools::constantEval(const Values&) {
                           "Cannot evaluate a constant node with ExpressionTools.");
 }
 
-int64_t ExpressionTools::distanceEval(const Values& v) { return wrapAbs(wrapSub(v[0], v[1])); }
+int64_t ExpressionTools::distanceEval(const Values& v) { return WrapArith::abs(WrapArith::sub(v[0], v[1])); }
 
 int64_t ExpressionTools::divideEval(const Values& v) {
     if (v[1] == 0) divisionByZero("src/solver/node/nodedivide");
-    // The most negative value divided by -1 wraps instead of trapping.
-    if (v[1] == -1) return wrapSub(0, v[0]);
-    return v[0] / v[1];
+    return WrapArith::divide(v[0], v[1]);
 }
 
 int64_t ExpressionTools::moduloEval(const Values& v) {
     if (v[1] == 0) divisionByZero("src/solver/node/nodemodulo");
-    if (v[1] == -1) return 0;
-    return v[0] % v[1];
+    return WrapArith::modulo(v[0], v[1]);
 }
 
 // The comparisons answer 1 on fewer than two values: nothing contradicts them.
@@ -144,7 +130,7 @@ int64_t ExpressionTools::minEval(const Values& v) {
     return result;
 }
 
-int64_t ExpressionTools::notEval(const Values& v) { return wrapSub(1, v[0]); }
+int64_t ExpressionTools::notEval(const Values& v) { return WrapArith::sub(1, v[0]); }
 
 int64_t ExpressionTools::orEval(const Values& v) {
     for (int64_t x : v)
@@ -154,7 +140,7 @@ int64_t ExpressionTools::orEval(const Values& v) {
 
 int64_t ExpressionTools::productEval(const Values& v) {
     int64_t result = 1;
-    for (int64_t x : v) result = wrapMul(result, x);
+    for (int64_t x : v) result = WrapArith::mul(result, x);
     return result;
 }
 
@@ -167,7 +153,7 @@ int64_t ExpressionTools::sqrtEval(const Values& v) {
 
 int64_t ExpressionTools::sumEval(const Values& v) {
     int64_t result = 0;
-    for (int64_t x : v) result = wrapAdd(result, x);
+    for (int64_t x : v) result = WrapArith::add(result, x);
     return result;
 }
 

@@ -14,8 +14,7 @@ QXValueType ExpressionTypeTools::getValueType(QXOperator op) {
 }
 
 QXValueType ExpressionTypeTools::getOperandType(QXOperator op, int position) {
-    if (op == QXOperator::Iif && position == 0) return QXValueType::Boolean;
-    return getOperatorInfo(op).operandType;
+    return ::getOperandType(op, position);
 }
 
 bool ExpressionTypeTools::hasBooleanValue(QXOperator op, int64_t value) {

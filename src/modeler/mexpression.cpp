@@ -5,6 +5,7 @@
 #include "modeler/program.h"
 #include "modeler/value/tint.h"
 #include "modeler/value/vmap.h"
+#include "solver/kernel/wraparith.h"
 
 Variable* MIdentifier::resolve(Context* c) {
     Variable* v = c->getCurrentVariableSet()->findVariable(*name);
@@ -27,21 +28,21 @@ Value MIndexer::interpretReally(Context* c) {
 Value MSum::interpretReally(Context* c) {
     Value l = left->interpret(c);
     Value r = right->interpret(c);
-    if (l.isInt() && r.isInt()) return Value(TInt::wrapAdd(l.asInt(), r.asInt()));
+    if (l.isInt() && r.isInt()) return Value(WrapArith::add(l.asInt(), r.asInt()));
     return l.add(c, r);
 }
 
 Value MSub::interpretReally(Context* c) {
     Value l = left->interpret(c);
     Value r = right->interpret(c);
-    if (l.isInt() && r.isInt()) return Value(TInt::wrapSub(l.asInt(), r.asInt()));
+    if (l.isInt() && r.isInt()) return Value(WrapArith::sub(l.asInt(), r.asInt()));
     return l.sub(c, r);
 }
 
 Value MProduct::interpretReally(Context* c) {
     Value l = left->interpret(c);
     Value r = right->interpret(c);
-    if (l.isInt() && r.isInt()) return Value(TInt::wrapMul(l.asInt(), r.asInt()));
+    if (l.isInt() && r.isInt()) return Value(WrapArith::mul(l.asInt(), r.asInt()));
     return l.mul(c, r);
 }
 

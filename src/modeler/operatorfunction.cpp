@@ -1,8 +1,8 @@
 #include "modeler/operatorfunction.h"
 
+#include "api/qxexpression.h"
 #include "api/qxmodel.h"
-#include "builder/expressiontools.h"
-#include "builder/expressiontypetools.h"
+#include "api/qxoperator.h"
 #include "modeler/context.h"
 #include "modeler/modelerexception.h"
 #include "modeler/program.h"
@@ -18,11 +18,11 @@ QXOperand toOperand(const Value& v) {
 }  // namespace
 
 OperatorFunction::OperatorFunction(QXOperator op_)
-    : Function(ExpressionTools::getName(op_)), op(op_) {}
+    : Function(getOperatorInfo(op_).name), op(op_) {}
 
 void OperatorFunction::checkCount(size_t n) const {
-    const long long min = ExpressionTypeTools::getNbMinOperands(op);
-    const long long max = ExpressionTypeTools::getNbMaxOperands(op);
+    const long long min = getOperatorInfo(op).minOperands;
+    const long long max = getOperatorInfo(op).maxOperands;
     const long long count = (long long)n;
     std::string expected;
     if (min == max && count != min) expected = std::to_string(min);
@@ -40,7 +40,7 @@ void OperatorFunction::checkTypes(const std::vector<Value>& args) const {
         const Value& v = args[i];
         if (TNode::isNode(v)) continue;
         const bool boolean =
-            ExpressionTypeTools::getOperandType(op, (int)i) == QXValueType::Boolean;
+            getOperandType(op, static_cast<int>(i)) == QXValueType::Boolean;
         if (boolean ? v.isBool() : v.isInt()) continue;
         throw ModelerException("Function '" + getName() + "' : " +
                                    (boolean ? "Boolean" : "Integer or Boolean") +
@@ -60,7 +60,7 @@ Value OperatorFunction::call(Context* context, std::vector<Value>& args) {
 
 void OperatorFunction::checkModelSection(Context* context, QXOperator op) {
     if (context->getCurrentSection() != Section::model)
-        throw ModelerException("Function '" + ExpressionTools::getName(op) +
+        throw ModelerException("Function '" + std::string(getOperatorInfo(op).name) +
                                    "' not allowed in this section.",
                                __LINE__, kSource, "callNode");
 }
@@ -90,10 +90,10 @@ Value OperatorFunction::callNode(Context* context, QXOperator op, const Value* a
 }
 
 Value OperatorFunction::callEval(QXOperator op, const std::vector<Value>& args) {
-    ExpressionTools::Values values;
+    std::vector<int64_t> values;
     values.reserve(args.size());
     for (const Value& v : args) values.push_back(v.asInt());
-    return Value(static_cast<long long>(ExpressionTools::callEvaluator(op, values)));
+    return Value(static_cast<long long>(QXExpression::evaluate(op, values)));
 }
 
 void OperatorLibrary::addFunctions(Program* program) {

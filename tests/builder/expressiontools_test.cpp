@@ -58,7 +58,6 @@ TEST(ExpressionTools, OperandCountsAndKinds) {
 }
 
 TEST(ExpressionTools, BooleanPositionsTakeBooleansAndTheConstantsZeroAndOne) {
-    using TT = ExpressionTypeTools;
     Quarrix solver;
     QXModel* m = solver.getModel();
     QXExpression* b = m->createExpression(Op::Bool);

@@ -1,6 +1,7 @@
 #include "modeler/value/tint.h"
 
 #include "modeler/modelerexception.h"
+#include "solver/kernel/wraparith.h"
 
 #include <limits>
 
@@ -13,31 +14,28 @@ std::string TInt::toString(Context*, const Value& v, int) const {
     return std::to_string(v.asInt());
 }
 
-Value TInt::opp(Context*, const Value& a) const { return Value(wrapSub(0, a.asInt())); }
+Value TInt::opp(Context*, const Value& a) const { return Value(WrapArith::sub(0, a.asInt())); }
 
 Value TInt::bnot(Context*, const Value& a) const { return Value(!a.castToBool()); }
 
 qxint TInt::checkedDiv(qxint a, qxint b) {
     if (b == 0) throw ModelerException("Division by zero.", __LINE__, kSource, "div");
-    // The one quotient that does not fit wraps like the other operators.
-    if (b == -1) return wrapSub(0, a);
-    return a / b;
+    return WrapArith::divide(a, b);
 }
 
 qxint TInt::checkedMod(qxint a, qxint b) {
     if (b == 0) throw ModelerException("Division by zero.", __LINE__, kSource, "mod");
-    if (b == -1) return 0;
-    return a % b;
+    return WrapArith::modulo(a, b);
 }
 
 Value TInt::add(Context*, const Value& a, const Value& b) const {
-    return bothInt(a, b) ? Value(wrapAdd(a.asInt(), b.asInt())) : Value();
+    return bothInt(a, b) ? Value(WrapArith::add(a.asInt(), b.asInt())) : Value();
 }
 Value TInt::sub(Context*, const Value& a, const Value& b) const {
-    return bothInt(a, b) ? Value(wrapSub(a.asInt(), b.asInt())) : Value();
+    return bothInt(a, b) ? Value(WrapArith::sub(a.asInt(), b.asInt())) : Value();
 }
 Value TInt::mul(Context*, const Value& a, const Value& b) const {
-    return bothInt(a, b) ? Value(wrapMul(a.asInt(), b.asInt())) : Value();
+    return bothInt(a, b) ? Value(WrapArith::mul(a.asInt(), b.asInt())) : Value();
 }
 Value TInt::div(Context*, const Value& a, const Value& b) const {
     return bothInt(a, b) ? Value(checkedDiv(a.asInt(), b.asInt())) : Value();

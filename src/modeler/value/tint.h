@@ -23,10 +23,8 @@ public:
     Value eq(Context*, const Value& a, const Value& b) const override;
     Value neq(Context*, const Value& a, const Value& b) const override;
 
-    // Shared by the interpreter's inline integer paths.
-    static qxint wrapAdd(qxint a, qxint b) { return (qxint)((uint64_t)a + (uint64_t)b); }
-    static qxint wrapSub(qxint a, qxint b) { return (qxint)((uint64_t)a - (uint64_t)b); }
-    static qxint wrapMul(qxint a, qxint b) { return (qxint)((uint64_t)a * (uint64_t)b); }
+    // Shared by the interpreter's inline integer paths; refuse a zero
+    // divisor with the language's error.
     static qxint checkedDiv(qxint a, qxint b);
     static qxint checkedMod(qxint a, qxint b);
 };

@@ -5,6 +5,7 @@
 #include "modeler/context.h"
 #include "modeler/operatorfunction.h"
 #include "modeler/value/tint.h"
+#include "solver/kernel/wraparith.h"
 
 const TNode tNode;
 const Type* const RefTypes::T_NODE = &tNode;
@@ -48,7 +49,7 @@ Value TNode::add(Context* c, const Value& a, const Value& b) const {
 Value TNode::sub(Context* c, const Value& a, const Value& b) const {
     if (!isOperand(a) || !isOperand(b)) return Value();
     OperatorFunction::checkModelSection(c, QXOperator::Sum);
-    Value negated = b.isInt() ? Value(TInt::wrapSub(0, b.asInt()))
+    Value negated = b.isInt() ? Value(WrapArith::sub(0, b.asInt()))
                               : build(c, QXOperator::Prod, b, Value(-1));
     return build(c, QXOperator::Sum, a, negated);
 }

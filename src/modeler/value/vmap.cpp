@@ -2,6 +2,7 @@
 
 #include "modeler/value/tint.h"
 #include "modeler/value/vmapiterator.h"
+#include "solver/kernel/wraparith.h"
 
 namespace {
 const size_t kInitialSlots = 16;
@@ -119,7 +120,7 @@ void VMap::unset(const Value& key) {
 qxint VMap::nextIntKey() const {
     // Positive tree keys all lie beyond the dense slots.
     if (!intKeys.empty() && intKeys.rbegin()->first >= 0)
-        return TInt::wrapAdd(intKeys.rbegin()->first, 1);
+        return WrapArith::add(intKeys.rbegin()->first, 1);
     for (size_t i = indexed.size(); i-- > 0;)
         if (!indexed[i].isVoid()) return (qxint)i + 1;
     if (!intKeys.empty()) return intKeys.rbegin()->first + 1;  // only negative keys

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "solver/kernel/wraparith.h"
+
 // Sentinels of the kernel graph.
 namespace KernelConstants {
 // No node, no constraint position, no variable index.
@@ -12,22 +14,3 @@ constexpr unsigned int NO_PARENT_OFFSET = 2147483647u;
 
 // Direction of one objective, as stored in the fixed fields.
 enum ObjectiveDirection : unsigned int { Minimize = 0, Maximize = 1 };
-
-// Two's-complement wrap-around arithmetic of node values. Done in unsigned
-// arithmetic so that overflow is defined; the kernel never traps on it
-// (overflow is judged at build time from the bounds).
-namespace WrapArith {
-inline long long add(long long a, long long b) {
-    return static_cast<long long>(static_cast<unsigned long long>(a) +
-                                  static_cast<unsigned long long>(b));
-}
-inline long long sub(long long a, long long b) {
-    return static_cast<long long>(static_cast<unsigned long long>(a) -
-                                  static_cast<unsigned long long>(b));
-}
-inline long long mul(long long a, long long b) {
-    return static_cast<long long>(static_cast<unsigned long long>(a) *
-                                  static_cast<unsigned long long>(b));
-}
-inline long long neg(long long a) { return sub(0, a); }
-}  // namespace WrapArith

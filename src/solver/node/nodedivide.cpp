@@ -9,8 +9,7 @@ long long NodeDivide::compute(const DagFixedFields& fixed, ValueView values, uns
                               const char* operation) {
     long long a = childValue(fixed, values, node, 0), b = childValue(fixed, values, node, 1);
     if (b == 0) throw KernelException("src/solver/node/nodedivide", __LINE__, operation, "Division by zero.");
-    if (b == -1) return WrapArith::neg(a);
-    return a / b;
+    return WrapArith::divide(a, b);
 }
 
 bool NodeDivide::findIncreasingBoolean(const Dag& dag, Quickrand& rand, unsigned int& boolean,

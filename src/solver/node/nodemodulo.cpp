@@ -9,8 +9,7 @@ long long NodeModulo::compute(const DagFixedFields& fixed, ValueView values, uns
                               const char* operation) {
     long long a = childValue(fixed, values, node, 0), b = childValue(fixed, values, node, 1);
     if (b == 0) throw KernelException("src/solver/node/nodemodulo", __LINE__, operation, "Division by zero.");
-    if (b == -1) return 0;
-    return a % b;
+    return WrapArith::modulo(a, b);
 }
 
 // A remainder is not monotone in either child: any child, either way.
