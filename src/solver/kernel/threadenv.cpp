@@ -1,6 +1,5 @@
 #include "solver/kernel/threadenv.h"
 
-#include "api/qxparam.h"
 #include "solver/kernel/dag.h"
 #include "solver/kernel/heuristicautoannealing.h"
 #include "solver/kernel/heuristicdescent.h"
@@ -24,22 +23,6 @@ const unsigned int QX_MV_3FORKCYCLE_WEIGHTS[16] = {0, 0, 0, 1};
 const unsigned int QX_MV_2FORKPATH_WEIGHTS[16] = {0, 0, 0, 1};
 const unsigned int QX_MV_3FORKPATH_WEIGHTS[16] = {0, 0, 0, 1};
 }  // namespace MoveWeights
-
-SearchParams SearchParams::fromParam(const QXParam& param, unsigned int nbObjectives) {
-    SearchParams params;
-    params.annealingLevel = param.getAnnealingLevel();
-    for (const char* name : {"moveExplorationEnabled", "neighborhoodSize", "targetingLevel", "kBalanceEnabled",
-                             "kSwapEnabled", "kFlipEnabled", "kPathEnabled", "kCycleEnabled",
-                             "k2ForkCycleEnabled", "k3ForkCycleEnabled", "k2ForkPathEnabled",
-                             "k3ForkPathEnabled"}) {
-        const int absent = -2147483647 - 1;
-        int value = param.getAdvancedParam(name, absent);
-        if (value != absent) params.advanced[name] = value;
-    }
-    for (unsigned int i = 0; i < nbObjectives; ++i)
-        params.objectiveBounds.push_back(param.getObjectiveBound(static_cast<int>(i)));
-    return params;
-}
 
 ThreadEnv::ThreadEnv(const SearchParams& params, Dag* dag, const AutonomousFixedFields* fixedFields,
                      unsigned int seed)
@@ -67,11 +50,11 @@ void ThreadEnv::initHeuristic(const AutonomousFixedFields* fixedFields, unsigned
     createHeuristic();
     structure = std::make_unique<AutonomousStructure>(*dag, *fixedFields);
     moveFilter = std::make_unique<MoveFilter>(heuristic.get());
-    moveFilter->setExplorationEnabled(params.get("moveExplorationEnabled", 1) != 0);
+    moveFilter->setExplorationEnabled(params.get(MoveExplorationEnabled) != 0);
     heuristic->addCallback(moveFilter.get());
     heuristic->setSeed(seed);
     heuristic->addMove(new MoveSimpleKFlip(*dag, heuristic->getQuickrand(), 1, 1));
-    int size = params.get("neighborhoodSize", 8);
+    int size = params.get(NeighborhoodSize);
     for (int k = 1; k <= size && k < 16; ++k) initMoves(static_cast<unsigned int>(k));
     for (unsigned int i = 0; i < params.objectiveBounds.size(); ++i)
         heuristic->setObjectiveBound(i, params.objectiveBounds[i]);
@@ -80,32 +63,32 @@ void ThreadEnv::initHeuristic(const AutonomousFixedFields* fixedFields, unsigned
 void ThreadEnv::initMoves(unsigned int k) {
     using namespace MoveWeights;
     const AutonomousFixedFields& fixedFields = structure->getFixedFields();
-    unsigned int targeting = static_cast<unsigned int>(10 * params.get("targetingLevel", 5));
+    unsigned int targeting = static_cast<unsigned int>(10 * params.get(TargetingLevel));
     Quickrand& rand = heuristic->getQuickrand();
-    auto wanted = [&](const unsigned int* table, const char* enabling, bool valid) {
-        return table[k] > 0 && params.get(enabling, 1) != 0 && valid;
+    auto wanted = [&](const unsigned int* table, AdvancedParam enabling, bool valid) {
+        return table[k] > 0 && params.get(enabling) != 0 && valid;
     };
-    if (wanted(QX_MV_BALANCE_WEIGHTS, "kBalanceEnabled", MoveKBalance::isValidK(k, fixedFields)))
+    if (wanted(QX_MV_BALANCE_WEIGHTS, KBalanceEnabled, MoveKBalance::isValidK(k, fixedFields)))
         heuristic->addMove(new MoveKBalance(*dag, rand, *structure, k, QX_MV_BALANCE_WEIGHTS[k]));
-    if (wanted(QX_MV_SWAP_WEIGHTS, "kSwapEnabled", MoveKSwap::isValidK(k, fixedFields)))
+    if (wanted(QX_MV_SWAP_WEIGHTS, KSwapEnabled, MoveKSwap::isValidK(k, fixedFields)))
         heuristic->addMove(new MoveKSwap(*dag, rand, *structure, k, QX_MV_SWAP_WEIGHTS[k], targeting));
-    if (wanted(QX_MV_FLIP_WEIGHTS, "kFlipEnabled", MoveKFlip::isValidK(k, fixedFields)))
+    if (wanted(QX_MV_FLIP_WEIGHTS, KFlipEnabled, MoveKFlip::isValidK(k, fixedFields)))
         heuristic->addMove(new MoveKFlip(*dag, rand, *structure, k, QX_MV_FLIP_WEIGHTS[k], targeting));
-    if (wanted(QX_MV_PATH_WEIGHTS, "kPathEnabled", MoveKPath::isValidK(k, fixedFields)))
+    if (wanted(QX_MV_PATH_WEIGHTS, KPathEnabled, MoveKPath::isValidK(k, fixedFields)))
         heuristic->addMove(new MoveKPath(*dag, rand, *structure, k, QX_MV_PATH_WEIGHTS[k], targeting));
-    if (wanted(QX_MV_CYCLE_WEIGHTS, "kCycleEnabled", MoveKCycle::isValidK(k, fixedFields)))
+    if (wanted(QX_MV_CYCLE_WEIGHTS, KCycleEnabled, MoveKCycle::isValidK(k, fixedFields)))
         heuristic->addMove(new MoveKCycle(*dag, rand, *structure, k, QX_MV_CYCLE_WEIGHTS[k], targeting));
     // The forks, in the order cycles then paths, 2 then 3 branches.
     struct Fork {
         const unsigned int* weights;
-        const char* enabling;
+        AdvancedParam enabling;
         unsigned int l;
         bool cycle;
     };
-    const Fork forks[4] = {{QX_MV_2FORKCYCLE_WEIGHTS, "k2ForkCycleEnabled", 2, true},
-                           {QX_MV_3FORKCYCLE_WEIGHTS, "k3ForkCycleEnabled", 3, true},
-                           {QX_MV_2FORKPATH_WEIGHTS, "k2ForkPathEnabled", 2, false},
-                           {QX_MV_3FORKPATH_WEIGHTS, "k3ForkPathEnabled", 3, false}};
+    const Fork forks[4] = {{QX_MV_2FORKCYCLE_WEIGHTS, K2ForkCycleEnabled, 2, true},
+                           {QX_MV_3FORKCYCLE_WEIGHTS, K3ForkCycleEnabled, 3, true},
+                           {QX_MV_2FORKPATH_WEIGHTS, K2ForkPathEnabled, 2, false},
+                           {QX_MV_3FORKPATH_WEIGHTS, K3ForkPathEnabled, 3, false}};
     for (const Fork& fork : forks) {
         bool valid = fork.cycle ? MoveKLForkCycle::isValidK(k, fixedFields) : MoveKLForkPath::isValidK(k, fixedFields);
         if (!wanted(fork.weights, fork.enabling, valid)) continue;

@@ -2,30 +2,10 @@
 
 #include "solver/kernel/heuristic.h"
 #include "solver/kernel/movefilter.h"
+#include "solver/kernel/searchparams.h"
 #include "solver/move/autonomousstructure.h"
 
-#include <map>
 #include <memory>
-#include <string>
-#include <vector>
-
-class QXParam;
-
-// What a thread's search is built from: the annealing level, the advanced
-// parameters by name (absent ones take their defaults) and one bound per
-// objective.
-struct SearchParams {
-    int annealingLevel = 1;
-    std::map<std::string, int> advanced;
-    std::vector<long long> objectiveBounds;
-
-    int get(const std::string& name, int defaultValue) const {
-        auto found = advanced.find(name);
-        return found == advanced.end() ? defaultValue : found->second;
-    }
-    // Read from the solver's parameters (state Paused or Stopped).
-    static SearchParams fromParam(const QXParam& param, unsigned int nbObjectives);
-};
 
 // Initial util rates of each move kind by neighbourhood size k (0..15).
 namespace MoveWeights {
