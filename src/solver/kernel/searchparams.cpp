@@ -8,7 +8,7 @@ const AdvancedParamInfo ADVANCED_PARAMS[NB_ADVANCED_PARAMS] = {
     {"kSwapEnabled", 1, 0, 1, "1: flips paired with an opposite flip in the same sum"},
     {"kBalanceEnabled", 1, 0, 1, "1: paired flips that keep equalities balanced"},
     {"kPathEnabled", 1, 0, 1, "1: chains of flips from the objective across constrained sums"},
-    {"kCycleEnabled", 1, 0, 1, "1: chains of flips that close on their first sum"},
+    {"kCycleEnabled", 1, 0, 1, "1: chains of flips that close on their first sum, and block reversals of sequences"},
     {"k2ForkCycleEnabled", 1, 0, 1, "1: cycles whose first flip is cancelled by two branches"},
     {"k3ForkCycleEnabled", 1, 0, 1, "1: cycles whose first flip is cancelled by three branches"},
     {"k2ForkPathEnabled", 1, 0, 1, "1: paths whose first flip is cancelled by two branches"},

@@ -37,8 +37,15 @@ private:
     void initHeuristic(const AutonomousFixedFields* fixedFields, unsigned int seed);
     void createHeuristic();
     void initMoves(unsigned int k);
+    // Whether the kind is created for k: a positive weight, its switch on,
+    // and k valid for it.
+    bool isWanted(const unsigned int* weights, AdvancedParam enabling, unsigned int k, bool valid) const;
+    // Ten times the targeting level: the percentage of targeted starts.
+    unsigned int targeting() const { return static_cast<unsigned int>(10 * params.get(TargetingLevel)); }
 
     const SearchParams params;
+    // 2 where block reversals share the cycles' weight, else 1.
+    unsigned int weightScale = 1;
     Dag* dag;
     std::unique_ptr<Heuristic> heuristic;
     std::unique_ptr<AutonomousStructure> structure;
