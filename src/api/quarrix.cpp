@@ -10,12 +10,14 @@
 #include "api/compiledmodel.h"
 #include "solver/kernel/dag.h"
 #include "solver/kernel/greedysolution.h"
+#include "solver/kernel/kernelconstants.h"
 #include "solver/kernel/parallelizer.h"
 #include "solver/kernel/quickrand.h"
 #include "solver/kernel/solution.h"
 #include "solver/kernel/threadenv.h"
 #include "solver/move/autonomousfixedfields.h"
 
+#include <chrono>
 #include <iostream>
 
 namespace {
@@ -90,8 +92,9 @@ void Quarrix::solve() {
 
 void Quarrix::solveOn(SolveGraphs& compiled) {
     ApiErrors::checkStopped(this, QX_HERE);
+    const SearchParams params = param->searchParams();
     deleteSearch();
-    createSolver(compiled);
+    createSolver(compiled, params);
     clearStats();
     if (phases.empty()) createPhase();  // no limit, the last objective
     const bool verbose = param->verbosity > 0;
@@ -102,7 +105,7 @@ void Quarrix::solveOn(SolveGraphs& compiled) {
     if (verbose) std::cout << getEndResolutionInfo() << std::endl << std::endl;
 }
 
-void Quarrix::createSolver(SolveGraphs& compiled) {
+void Quarrix::createSolver(SolveGraphs& compiled, const SearchParams& params) {
     graphs = &compiled;
     parallelizer.reset(new Parallelizer());
     Quickrand rand(static_cast<unsigned int>(param->seed));
@@ -113,7 +116,6 @@ void Quarrix::createSolver(SolveGraphs& compiled) {
     compiled.createCopies(nbThreads - 1);
     const DagFixedFields& fixed = compiled.getDag(0)->getFixedFields();
     autonomousFixedFields.reset(new AutonomousFixedFields(fixed));
-    SearchParams params = SearchParams::fromParam(*param, static_cast<unsigned int>(fixed.objectives().size()));
     for (unsigned int t = 0; t < nbThreads; ++t) {
         Dag* dag = compiled.getDag(t);
         // The user's values break a constraint (or cannot be evaluated): a
@@ -133,7 +135,7 @@ int Quarrix::computePhaseTimeLimit(int i) const {
     int64_t total = 0;
     for (int k = 0; k <= i && k < static_cast<int>(phases.size()); ++k) {
         total += phases[k]->timeLimit;
-        if (total < 0 || total >= 2147483647) return 2147483647;
+        if (total < 0 || total >= KernelConstants::NO_TIME_LIMIT) return KernelConstants::NO_TIME_LIMIT;
     }
     return static_cast<int>(total);
 }
@@ -142,23 +144,27 @@ int64_t Quarrix::computePhaseIterationLimit(int i) const {
     int64_t total = 0;
     for (int k = 0; k <= i && k < static_cast<int>(phases.size()); ++k) {
         int64_t limit = phases[k]->iterationLimit;
-        if (limit < 0 || total > INT64_MAX - limit) return INT64_MAX;
+        if (limit < 0 || total > KernelConstants::NO_ITERATION_LIMIT - limit) return KernelConstants::NO_ITERATION_LIMIT;
         total += limit;
-        if (total == INT64_MAX) return INT64_MAX;
     }
     return total;
 }
 
 void Quarrix::solvePhase(int i) {
-    int64_t remainingTime = static_cast<int64_t>(computePhaseTimeLimit(i)) - statistics->runningTime;
+    // The limits are sums from the start of the solve: what remains of them
+    // after the earlier phases, the time to the nanosecond.
+    const int timeLimit = computePhaseTimeLimit(i);
+    const std::chrono::nanoseconds remainingTime =
+        std::chrono::seconds(timeLimit) - std::chrono::nanoseconds(statistics->runningNanoseconds);
+    const bool timed = timeLimit != KernelConstants::NO_TIME_LIMIT;
     int64_t remainingIterations = computePhaseIterationLimit(i) - statistics->nbIterations;
-    if (remainingTime <= 0 || remainingIterations <= 0) return;
+    if ((timed && remainingTime.count() <= 0) || remainingIterations <= 0) return;
     if (param->verbosity > 0) std::cout << "Phase " << i << ":" << std::endl << std::endl;
     for (unsigned int t = 0; t < parallelizer->getNbHeuristics(); ++t) {
         Heuristic* heuristic = parallelizer->getHeuristic(t);
         heuristic->init();
         heuristic->setOptimizedObjective(static_cast<unsigned int>(phases[i]->optimizedObjective));
-        heuristic->setTimeLimit(static_cast<unsigned int>(remainingTime));
+        if (timed) heuristic->setTimeLimit(std::chrono::duration_cast<SearchClock::Clock::duration>(remainingTime));
         heuristic->setIterationLimit(static_cast<unsigned long long>(remainingIterations));
     }
     state = QXState::Running;

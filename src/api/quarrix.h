@@ -13,6 +13,7 @@ class QXPhase;
 class QXSolution;
 class QXStatistics;
 class SolveGraphs;
+struct SearchParams;
 class ThreadEnv;
 
 enum class QXState : uint8_t { Modeling = 0, Running = 1, Paused = 2, Stopped = 3 };
@@ -92,7 +93,7 @@ private:
     // Called by QXModel::close once the model is valid.
     void closeModel();
     // Threads, graphs and starting points of a solve.
-    void createSolver(SolveGraphs& graphs);
+    void createSolver(SolveGraphs& graphs, const SearchParams& params);
     void solvePhase(int i);
     // Statistics of phase i and of the solve, and the best solution back
     // into the API solution; with every search thread paused or ended.

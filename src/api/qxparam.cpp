@@ -4,12 +4,17 @@
 #include "api/quarrix.h"
 #include "api/qxmodel.h"
 #include "api/qxphase.h"
+#include "solver/kernel/kernelconstants.h"
+#include "solver/kernel/searchparams.h"
 
 namespace {
 const char* const UNIT = "src/api/qxparam";
 }
 
-QXParam::QXParam(Quarrix* solver_) : solver(solver_) {}
+QXParam::QXParam(Quarrix* solver_)
+    : solver(solver_),
+      iterationLimit(KernelConstants::NO_ITERATION_LIMIT),
+      timeLimit(KernelConstants::NO_TIME_LIMIT) {}
 
 void QXParam::setSeed(int value) {
     ApiErrors::checkStopped(solver, QX_HERE);
@@ -104,25 +109,31 @@ int QXParam::getAdvancedParam(const std::string& name, int defaultValue) const {
     return found == advancedParams.end() ? defaultValue : found->second;
 }
 
-int QXParam::totalTimeLimit() const {
-    if (solver->phases.empty()) return 2147483647;
-    int64_t total = 0;
-    for (const auto& phase : solver->phases) {
-        total += phase->timeLimit;
-        if (total > 2147483647) return 2147483647;
+SearchParams QXParam::searchParams() const {
+    SearchParams params;
+    params.annealingLevel = annealingLevel;
+    for (unsigned int p = 0; p < NB_ADVANCED_PARAMS; ++p) {
+        const AdvancedParamInfo& info = ADVANCED_PARAMS[p];
+        auto found = advancedParams.find(info.name);
+        if (found == advancedParams.end()) continue;
+        if (found->second < info.lowest || found->second > info.highest)
+            ApiErrors::fail(QX_HERE, "Advanced parameter '" + std::string(info.name) +
+                                         "' must be an integer between " + std::to_string(info.lowest) +
+                                         " and " + std::to_string(info.highest) + ".");
+        params.set(static_cast<AdvancedParam>(p), found->second);
     }
-    return static_cast<int>(total);
+    params.objectiveBounds.assign(objectiveBounds.begin(), objectiveBounds.end());
+    return params;
+}
+
+int QXParam::totalTimeLimit() const {
+    const int nbPhases = static_cast<int>(solver->phases.size());
+    return nbPhases == 0 ? KernelConstants::NO_TIME_LIMIT : solver->computePhaseTimeLimit(nbPhases - 1);
 }
 
 int64_t QXParam::totalIterationLimit() const {
-    if (solver->phases.empty()) return INT64_MAX;
-    int64_t total = 0;
-    for (const auto& phase : solver->phases) {
-        // Limits are never negative, so only the upper end can overflow.
-        if (phase->iterationLimit > INT64_MAX - total) return INT64_MAX;
-        total += phase->iterationLimit;
-    }
-    return total;
+    const int nbPhases = static_cast<int>(solver->phases.size());
+    return nbPhases == 0 ? KernelConstants::NO_ITERATION_LIMIT : solver->computePhaseIterationLimit(nbPhases - 1);
 }
 
 int QXParam::getTotalTimeLimit() const {
@@ -153,9 +164,9 @@ std::string QXParam::toString() const {
     const int time = totalTimeLimit();
     const int64_t iterations = totalIterationLimit();
     std::string text = "Param: \n";
-    text += time == 2147483647 ? "  no time limit, "
+    text += time == KernelConstants::NO_TIME_LIMIT ? "  no time limit, "
                                : "  time limit = " + std::to_string(time) + " sec, ";
-    text += iterations == INT64_MAX ? "no iteration limit"
+    text += iterations == KernelConstants::NO_ITERATION_LIMIT ? "no iteration limit"
                                     : "iteration limit = " + std::to_string(iterations);
     text += "\n  seed = " + std::to_string(seed) + ", nb threads = " +
             std::to_string(nbThreads) + ", annealing level = " +

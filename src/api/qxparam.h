@@ -6,6 +6,7 @@
 #include <vector>
 
 class Quarrix;
+struct SearchParams;
 
 // The settings of one solver object. Setters need state Stopped, getters
 // state Paused or Stopped.
@@ -45,6 +46,9 @@ private:
     friend class QXSolution;
     explicit QXParam(Quarrix* solver);
 
+    // What the search reads, its advanced parameters checked against their
+    // ranges; raised from the solve before it changes anything.
+    SearchParams searchParams() const;
     int totalTimeLimit() const;
     int64_t totalIterationLimit() const;
 
@@ -56,8 +60,8 @@ private:
     int32_t verbosity = 1;
     // Kept for the layout of the settings; the totals are computed from the
     // phases instead.
-    int64_t iterationLimit = INT64_MAX;
-    int32_t timeLimit = 2147483647;
+    int64_t iterationLimit;
+    int32_t timeLimit;
     std::vector<int64_t> objectiveBounds;  // one per objective
     std::map<std::string, int32_t> advancedParams;
 };

@@ -4,12 +4,16 @@
 #include "api/quarrix.h"
 #include "api/qxmodel.h"
 #include "api/qxstatistics.h"
+#include "solver/kernel/kernelconstants.h"
 
 namespace {
 const char* const UNIT = "src/api/qxphase";
 }
 
-QXPhase::QXPhase(Quarrix* solver_) : solver(solver_) {
+QXPhase::QXPhase(Quarrix* solver_)
+    : solver(solver_),
+      timeLimit(KernelConstants::NO_TIME_LIMIT),
+      iterationLimit(KernelConstants::NO_ITERATION_LIMIT) {
     ApiErrors::checkStopped(solver, QX_HERE);
     optimizedObjective = solver->getModel()->getNbObjectives() - 1;
     statistics.reset(new QXStatistics(solver, this));
@@ -57,10 +61,10 @@ QXStatistics* QXPhase::getStatistics() const {
 
 std::string QXPhase::toString() const {
     ApiErrors::checkNotRunning(solver, QX_HERE);
-    std::string text = timeLimit == 2147483647
+    std::string text = timeLimit == KernelConstants::NO_TIME_LIMIT
                            ? "no time limit, "
                            : "time limit = " + std::to_string(timeLimit) + " sec, ";
-    text += iterationLimit == INT64_MAX
+    text += iterationLimit == KernelConstants::NO_ITERATION_LIMIT
                 ? "no iteration limit, "
                 : "iteration limit = " + std::to_string(iterationLimit) + ", ";
     return text + "optimized objective = " + std::to_string(optimizedObjective);

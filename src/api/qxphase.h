@@ -33,7 +33,7 @@ private:
 
     Quarrix* solver;
     std::unique_ptr<QXStatistics> statistics;
-    int32_t timeLimit = 2147483647;    // seconds; this value means no limit
-    int64_t iterationLimit = INT64_MAX;  // this value means no limit
-    int32_t optimizedObjective;        // default: the last objective
+    int32_t timeLimit;           // seconds; no limit by default
+    int64_t iterationLimit;      // no limit by default
+    int32_t optimizedObjective;  // default: the last objective
 };

@@ -4,9 +4,11 @@
 #include "api/quarrix.h"
 #include "api/qxphase.h"
 #include "solver/kernel/heuristic.h"
+#include "solver/kernel/kernelconstants.h"
 #include "solver/kernel/threadenv.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <limits>
 #include <sstream>
@@ -101,6 +103,7 @@ double QXStatistics::getPercentRejectedMoves() const {
 
 void QXStatistics::init() {
     runningTime = 0;
+    runningNanoseconds = 0;
     nbIterations = nbMoves = nbAccepted = nbImprovements = nbInfeasibles = 0;
 }
 
@@ -115,12 +118,15 @@ void QXStatistics::update() {
 // iterations, the moves are summed. With no thread: no limit reached, no
 // move.
 void QXStatistics::updatePhase() {
-    runningTime = 2147483647;
-    nbIterations = INT64_MAX;
+    runningTime = KernelConstants::NO_TIME_LIMIT;
+    runningNanoseconds = std::numeric_limits<int64_t>::max();
+    nbIterations = KernelConstants::NO_ITERATION_LIMIT;
     nbMoves = nbAccepted = nbImprovements = nbInfeasibles = 0;
     for (const auto& env : solver->threadEnvs) {
         const Heuristic& h = *env->getHeuristic();
         runningTime = std::min<int32_t>(runningTime, static_cast<int32_t>(h.getRunningTime()));
+        runningNanoseconds = std::min<int64_t>(
+            runningNanoseconds, std::chrono::duration_cast<std::chrono::nanoseconds>(h.getRunningDuration()).count());
         nbIterations = std::min<int64_t>(nbIterations, static_cast<int64_t>(h.getNbIterations()));
         nbMoves = saturatedAdd(nbMoves, static_cast<int64_t>(h.getNbIterations()));
         nbAccepted = saturatedAdd(nbAccepted, static_cast<int64_t>(h.getNbAccepted()));
@@ -134,6 +140,7 @@ void QXStatistics::updateGlobal() {
     for (const auto& each : solver->phases) {
         const QXStatistics& other = *each->statistics;
         runningTime = saturatedAdd(runningTime, other.runningTime);
+        runningNanoseconds = saturatedAdd(runningNanoseconds, other.runningNanoseconds);
         nbIterations = saturatedAdd(nbIterations, other.nbIterations);
         nbMoves = saturatedAdd(nbMoves, other.nbMoves);
         nbAccepted = saturatedAdd(nbAccepted, other.nbAccepted);

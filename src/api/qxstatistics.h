@@ -45,7 +45,9 @@ private:
 
     Quarrix* solver;
     QXPhase* phase;  // null for the global statistics
-    int32_t runningTime = 0;
+    int32_t runningTime = 0;  // seconds, rounded down
+    // The same to the nanosecond, for what remains of the phases' limits.
+    int64_t runningNanoseconds = 0;
     int64_t nbIterations = 0;
     int64_t nbMoves = 0;
     int64_t nbAccepted = 0;

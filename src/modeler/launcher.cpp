@@ -1,5 +1,7 @@
 #include "modeler/launcher.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -17,13 +19,28 @@
 #include "modeler/value/vmap.h"
 #include "modeler/value/vmapiterator.h"
 #include "modeler/variableset.h"
+#include "solver/kernel/kernelconstants.h"
 
 namespace {
 
 const char* const kSourceUnit = "src/modeler/launcher";
 
-constexpr int64_t kNoTimeLimit = 2147483647;
-constexpr int64_t kNoIterationLimit = INT64_MAX;
+// The 64-bit value of a reserved variable for a setter that takes 32 bits,
+// whose range lies inside the 32-bit one: a value beyond it becomes the
+// nearest 32-bit value, which the setter refuses with its own message as it
+// would the value itself. Narrowing instead would make 4294967297 a 1.
+int saturated(int64_t value) {
+    return static_cast<int>(std::max<int64_t>(INT32_MIN, std::min<int64_t>(INT32_MAX, value)));
+}
+
+// The same for a setter that accepts every value up to the largest 32-bit
+// one: a larger value is refused here, with a message in the setters' style.
+int atMostInt32(int64_t value, const std::string& argument) {
+    if (value > INT32_MAX)
+        throw KernelException(kSourceUnit, __LINE__, "runSolver",
+                              "Argument " + argument + " cannot exceed " + std::to_string(INT32_MAX) + ".");
+    return saturated(value);
+}
 
 }  // namespace
 
@@ -82,14 +99,14 @@ void Launcher::runSolver() {
     int64_t verbosity = getSolverIntegerParameter("qxVerbosity", 1);
     int64_t timeBetweenDisplays = getSolverIntegerParameter("qxTimeBetweenDisplays", 1);
 
-    // The setters take 32-bit values: the low 32 bits pass unchanged, and the
-    // setters do the range checks.
+    // The setters take 32-bit values and check their ranges; what lies
+    // beyond 32 bits is settled before narrowing.
     QXParam* param = solver->getParam();
-    param->setSeed(static_cast<int>(seed));
-    param->setNbThreads(static_cast<int>(nbThreads));
-    param->setAnnealingLevel(static_cast<int>(annealingLevel));
-    param->setVerbosity(static_cast<int>(verbosity));
-    param->setTimeBetweenDisplays(static_cast<int>(timeBetweenDisplays));
+    param->setSeed(atMostInt32(seed, "seed"));
+    param->setNbThreads(saturated(nbThreads));
+    param->setAnnealingLevel(saturated(annealingLevel));
+    param->setVerbosity(atMostInt32(verbosity, "verbosity"));
+    param->setTimeBetweenDisplays(saturated(timeBetweenDisplays));
 
     setAdvancedParams();
     createPhases();
@@ -151,8 +168,13 @@ void Launcher::setAdvancedParams() {
     while (it.next()) {
         const Value& key = it.getKey();
         const Value& entry = it.getValue();
-        if (key.isString() && entry.isInt())
-            solver->getParam()->setAdvancedParam(key.asString(), static_cast<int>(entry.asInt()));
+        if (!key.isString() || !entry.isInt()) continue;
+        const int64_t number = entry.asInt();
+        if (number < INT32_MIN || number > INT32_MAX)
+            throw KernelException(kSourceUnit, __LINE__, "setAdvancedParams",
+                                  "Advanced parameter '" + key.asString() + "' must be an integer between " +
+                                      std::to_string(INT32_MIN) + " and " + std::to_string(INT32_MAX) + ".");
+        solver->getParam()->setAdvancedParam(key.asString(), static_cast<int>(number));
     }
 }
 
@@ -182,10 +204,10 @@ void Launcher::extractMapParameter(const std::string& name, std::vector<int64_t>
 
 void Launcher::createPhases() {
     if (!isMapParameter("qxTimeLimit") && !isMapParameter("qxIterationLimit")) {
-        int64_t timeLimit = getSolverIntegerParameter("qxTimeLimit", kNoTimeLimit);
-        int64_t iterationLimit = getSolverIntegerParameter("qxIterationLimit", kNoIterationLimit);
+        int64_t timeLimit = getSolverIntegerParameter("qxTimeLimit", KernelConstants::NO_TIME_LIMIT);
+        int64_t iterationLimit = getSolverIntegerParameter("qxIterationLimit", KernelConstants::NO_ITERATION_LIMIT);
         QXPhase* phase = solver->createPhase();
-        phase->setTimeLimit(static_cast<int>(timeLimit));
+        phase->setTimeLimit(atMostInt32(timeLimit, "timeLimit"));
         phase->setIterationLimit(iterationLimit);
         return;
     }
@@ -199,7 +221,7 @@ void Launcher::createPhases() {
     for (int k = 0; k < n; ++k) {
         if (timeLimits[k] == 0 && iterationLimits[k] == 0) continue;
         QXPhase* phase = solver->createPhase();
-        if (timeLimits[k] > 0) phase->setTimeLimit(static_cast<int>(timeLimits[k]));
+        if (timeLimits[k] > 0) phase->setTimeLimit(atMostInt32(timeLimits[k], "timeLimit"));
         if (iterationLimits[k] > 0) phase->setIterationLimit(iterationLimits[k]);
         phase->setOptimizedObjective(k);
     }

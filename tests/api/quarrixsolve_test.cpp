@@ -143,6 +143,27 @@ TEST(QuarrixSolve, ChainMovesReachTheKnapsackOptimumWhereFlipsAndSwapsStall) {
     EXPECT_LT(without.value(), 309);
 }
 
+TEST(QuarrixSolve, AdvancedParametersOutsideTheirRangeRefuseTheSolve) {
+    KnapsackSolve k(1);
+    QXParam* param = k.solver.getParam();
+    param->setAdvancedParam("notReadBySearch", -123456);  // any name is taken, and ignored
+    param->setAdvancedParam("targetingLevel", 11);
+    EXPECT_TRUE(raises([&] { k.solver.solve(); },
+                       "Advanced parameter 'targetingLevel' must be an integer between 0 and 10.",
+                       "src/api/qxparam", "searchParams"));
+    EXPECT_FALSE(k.solver.isStarted());  // refused before anything was set up
+    param->setAdvancedParam("targetingLevel", 10);
+    param->setAdvancedParam("kCycleEnabled", -1);
+    EXPECT_TRUE(raises([&] { k.solver.solve(); },
+                       "Advanced parameter 'kCycleEnabled' must be an integer between 0 and 1."));
+    // The ends of the ranges are accepted.
+    param->setAdvancedParam("kCycleEnabled", 0);
+    param->setAdvancedParam("neighborhoodSize", 15);
+    k.solver.createPhase()->setIterationLimit(1000);
+    k.solver.solve();
+    EXPECT_EQ(k.solver.getStatistics()->getNbIterations(), 1000);
+}
+
 TEST(QuarrixSolve, StartsFromTheUserValuesOrAGreedyStart) {
     // The optimal packing given with setValue: a descent can only keep it.
     KnapsackSolve given(1);

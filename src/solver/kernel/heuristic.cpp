@@ -2,17 +2,13 @@
 
 #include "api/kernelexception.h"
 #include "solver/kernel/dag.h"
+#include "solver/kernel/kernelconstants.h"
 
 #include <algorithm>
-#include <ctime>
 #include <limits>
 
 namespace {
 const char* const SOURCE = "src/solver/kernel/heuristic";
-constexpr unsigned int NO_TIME_LIMIT = 2147483647u;
-constexpr unsigned long long NO_ITERATION_LIMIT = 9223372036854775807ULL;
-
-long long now() { return static_cast<long long>(std::time(nullptr)); }
 }  // namespace
 
 Heuristic::Heuristic(Dag* dag) : dag(dag) {
@@ -24,8 +20,8 @@ Heuristic::Heuristic(Dag* dag) : dag(dag) {
     for (ObjectiveDirection direction : fixed.directions())
         objectiveBounds.push_back(direction == Maximize ? std::numeric_limits<long long>::max()
                                                         : std::numeric_limits<long long>::min());
-    timeLimit = NO_TIME_LIMIT;
-    iterationLimit = NO_ITERATION_LIMIT;
+    timeLimit = SearchClock::NO_LIMIT;
+    iterationLimit = KernelConstants::NO_ITERATION_LIMIT;
     optimizedObjective = static_cast<unsigned int>(fixed.objectives().size()) - 1;
     dag->addSolutionToNotify(bestSolution);
     bestSolutionIterations = 0;
@@ -39,10 +35,21 @@ Heuristic::~Heuristic() {
 }
 
 void Heuristic::init() {
-    timeLimit = NO_TIME_LIMIT;
-    iterationLimit = NO_ITERATION_LIMIT;
+    timeLimit = SearchClock::NO_LIMIT;
+    iterationLimit = KernelConstants::NO_ITERATION_LIMIT;
     optimizedObjective = static_cast<unsigned int>(objectiveBounds.size()) - 1;
     for (Move* move : moves) move->clearStats();
+}
+
+void Heuristic::setTimeLimit(unsigned int seconds) {
+    timeLimit = seconds == static_cast<unsigned int>(KernelConstants::NO_TIME_LIMIT)
+                    ? SearchClock::NO_LIMIT
+                    : std::chrono::duration_cast<SearchClock::Clock::duration>(std::chrono::seconds(seconds));
+}
+
+unsigned int Heuristic::getTimeLimit() const {
+    if (timeLimit == SearchClock::NO_LIMIT) return KernelConstants::NO_TIME_LIMIT;
+    return static_cast<unsigned int>(std::chrono::duration_cast<std::chrono::seconds>(timeLimit).count());
 }
 
 void Heuristic::addMove(Move* move) { moves.push_back(move); }
@@ -100,18 +107,16 @@ void Heuristic::run() {
     buildMovesArray();
     quickrand.init(seed);
     stopped.store(false, std::memory_order_relaxed);
-    startTime = now();
-    running = true;
     nbIterations = 0;
     bestSolutionTime = 0;
     bestSolutionIterations = 0;
+    clock.start(timeLimit);
     for (HeuristicCallback* callback : callbacks) callback->heuristicStarted();
     while (!isFinished()) {
         iterate();
         nextIteration();
     }
-    endTime = now();
-    running = false;
+    clock.stop();
     for (HeuristicCallback* callback : callbacks) callback->heuristicEnded();
 }
 
@@ -123,7 +128,7 @@ void Heuristic::nextIteration() {
 bool Heuristic::isFinished() const {
     if (stopped.load(std::memory_order_relaxed)) return true;
     if (nbIterations >= iterationLimit) return true;
-    if (static_cast<unsigned long long>(now() - startTime) >= timeLimit) return true;
+    if (clock.isOver(nbIterations)) return true;
     if (!desactivatedConstraintsExist() && areObjectiveBoundsReached()) return true;
     return movesArray.empty();
 }
@@ -204,7 +209,7 @@ unsigned long long Heuristic::getNbImprovements() const { return sumOver(moves, 
 unsigned long long Heuristic::getNbInfeasibles() const { return sumOver(moves, &Move::getNbInfeasibles); }
 
 unsigned int Heuristic::getRunningTime() const {
-    return static_cast<unsigned int>((running ? now() : endTime) - startTime);
+    return static_cast<unsigned int>(std::chrono::duration_cast<std::chrono::seconds>(clock.elapsed()).count());
 }
 
 void Heuristic::printStats(std::ostream* out) const {

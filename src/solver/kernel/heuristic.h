@@ -3,6 +3,7 @@
 #include "solver/kernel/heuristiccallback.h"
 #include "solver/kernel/move.h"
 #include "solver/kernel/quickrand.h"
+#include "solver/kernel/searchclock.h"
 #include "solver/kernel/solution.h"
 
 #include <atomic>
@@ -44,8 +45,12 @@ public:
     void addCallback(HeuristicCallback* callback) { callbacks.push_back(callback); }
     void removeCallback(HeuristicCallback* callback);
 
-    void setTimeLimit(unsigned int seconds) { timeLimit = seconds; }
-    unsigned int getTimeLimit() const { return timeLimit; }
+    // Whole seconds; KernelConstants::NO_TIME_LIMIT means none.
+    void setTimeLimit(unsigned int seconds);
+    // Any duration, such as what remains of a phase's limit.
+    void setTimeLimit(SearchClock::Clock::duration limit) { timeLimit = limit; }
+    // Whole seconds, rounded down; NO_TIME_LIMIT when there is none.
+    unsigned int getTimeLimit() const;
     void setIterationLimit(unsigned long long limit) { iterationLimit = limit; }
     unsigned long long getIterationLimit() const { return iterationLimit; }
     void setSeed(unsigned int value) { seed = value; }
@@ -59,6 +64,7 @@ public:
     // May be called from another thread: takes effect after the iteration
     // under way.
     void stop() { stopped.store(true, std::memory_order_relaxed); }
+    // Reads the clock only every so many iterations (SearchClock).
     bool isFinished() const;
     // The counter and the callbacks of one iteration, for external drivers.
     void nextIteration();
@@ -80,8 +86,10 @@ public:
     unsigned long long getNbImprovements() const;
     unsigned long long getNbInfeasibles() const;
     unsigned long long getNbIterations() const { return nbIterations; }
-    // Seconds since run() started, or that run's length once it has ended.
+    // Time since run() started, or that run's length once it has ended; in
+    // whole seconds, rounded down, and as a duration.
     unsigned int getRunningTime() const;
+    SearchClock::Clock::duration getRunningDuration() const { return clock.elapsed(); }
     const Solution& getBestSolution() const { return bestSolution; }
     unsigned int getBestSolutionTime() const { return bestSolutionTime; }
     unsigned long long getBestSolutionIterations() const { return bestSolutionIterations; }
@@ -102,13 +110,12 @@ protected:
     Quickrand quickrand;
     std::vector<long long> objectiveBounds;
     unsigned int optimizedObjective;
-    unsigned int timeLimit;
+    SearchClock::Clock::duration timeLimit;
     unsigned long long iterationLimit;
     std::vector<Move*> moves;
     std::vector<Move*> movesArray;
-    long long startTime = 0;
-    long long endTime = 0;
-    bool running = false;
+    // Advanced by isFinished(), on the search's thread only.
+    mutable SearchClock clock;
     unsigned long long nbIterations = 0;
     unsigned int bestSolutionTime = 0;
     unsigned long long bestSolutionIterations = 0;

@@ -1,9 +1,10 @@
 #include "solver/kernel/heuristicautoannealing.h"
 
 #include "solver/kernel/dag.h"
+#include "solver/kernel/kernelconstants.h"
 
+#include <chrono>
 #include <cmath>
-#include <ctime>
 
 HeuristicAutoAnnealing::HeuristicAutoAnnealing(Dag* dag)
     : Heuristic(dag),
@@ -27,14 +28,18 @@ long long HeuristicAutoAnnealing::getLastObjective(int objective) const {
 }
 
 unsigned long long HeuristicAutoAnnealing::estimateIterationNumber() const {
-    if (iterationLimit < 9223372036854775807ULL) return iterationLimit;
-    unsigned long long elapsed = static_cast<unsigned long long>(std::time(nullptr) - startTime);
-    return nbIterations / (elapsed + 1) * timeLimit;
+    if (iterationLimit < static_cast<unsigned long long>(KernelConstants::NO_ITERATION_LIMIT)) return iterationLimit;
+    // The speed so far, over the time elapsed plus a second, times the limit.
+    typedef std::chrono::duration<double> Seconds;
+    double elapsed = std::chrono::duration_cast<Seconds>(clock.lastElapsed()).count();
+    double limit = std::chrono::duration_cast<Seconds>(timeLimit).count();
+    return static_cast<unsigned long long>(static_cast<double>(nbIterations) / (elapsed + 1) * limit);
 }
 
 void HeuristicAutoAnnealing::iterate() {
-    if (estimatedIterationNumber == 0 &&
-        static_cast<unsigned long long>(std::time(nullptr) - startTime) > timeLimit / 2)
+    // Half the time limit has passed, as of the clock's last reading (none
+    // without a limit).
+    if (estimatedIterationNumber == 0 && timeLimit != SearchClock::NO_LIMIT && clock.lastElapsed() > timeLimit / 2)
         estimatedIterationNumber = estimateIterationNumber();
     if (estimatedIterationNumber > 0 && objectiveWindowSize > 1 &&
         static_cast<double>(nbIterations) >= static_cast<double>(estimatedIterationNumber) * degradingIterationsLimit) {

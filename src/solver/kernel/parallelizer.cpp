@@ -4,9 +4,8 @@
 #include "solver/kernel/dag.h"
 #include "solver/kernel/heuristic.h"
 
-#include <boost/date_time/posix_time/posix_time_types.hpp>
-
 #include <algorithm>
+#include <chrono>
 
 namespace {
 const char* const SOURCE = "src/solver/kernel/parallelizer";
@@ -162,9 +161,9 @@ void Parallelizer::resume() {
 
 bool Parallelizer::wait(unsigned int seconds) {
     ExclusiveLock lock(stateLock);
-    boost::system_time deadline = boost::get_system_time() + boost::posix_time::seconds(seconds);
+    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
     while (nbRunning > 0)
-        if (!stateCondition.timed_wait(lock, deadline)) break;
+        if (stateCondition.wait_until(lock, deadline) == std::cv_status::timeout) break;
     return nbRunning == 0;
 }
 

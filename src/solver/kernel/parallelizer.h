@@ -9,6 +9,7 @@
 #include <boost/thread/tss.hpp>
 
 #include <atomic>
+#include <condition_variable>
 #include <memory>
 #include <vector>
 
@@ -45,8 +46,8 @@ public:
     void stopHeuristics();
     void pause();
     void resume();
-    // Waits until every thread has ended or `seconds` have passed; true when
-    // the search has ended.
+    // Waits until every thread has ended or `seconds` have passed on the
+    // monotonic clock; true when the search has ended.
     bool wait(unsigned int seconds);
     ParallelizerState getState();
     Heuristic* getBestHeuristic();
@@ -64,8 +65,9 @@ private:
     boost::mutex pauseMutex;
     boost::condition_variable resumeCondition;
     // Waited on with stateLock held exclusively (released while waiting):
-    // told whenever a thread pauses or ends.
-    boost::condition_variable_any stateCondition;
+    // told whenever a thread pauses or ends. The standard one, for its
+    // timed waits on the monotonic clock.
+    std::condition_variable_any stateCondition;
     boost::thread_specific_ptr<unsigned int> threadIndex;
     bool oneEnded = false;
     bool pauseRequested = false;

@@ -1,17 +1,16 @@
 #include "solver/kernel/threadenv.h"
 
-#include "api/qxparam.h"
 #include "solver/kernel/dag.h"
 #include "solver/kernel/heuristicautoannealing.h"
 #include "solver/kernel/heuristicdescent.h"
+#include "solver/move/movechain.h"
 #include "solver/move/movekbalance.h"
-#include "solver/move/movekcycle.h"
 #include "solver/move/movekflip.h"
-#include "solver/move/movekpath.h"
+#include "solver/move/movekreversal.h"
 #include "solver/move/movekswap.h"
-#include "solver/move/moveklforkcycle.h"
-#include "solver/move/moveklforkpath.h"
 #include "solver/move/movesimplekflip.h"
+
+#include <algorithm>
 
 namespace MoveWeights {
 const unsigned int QX_MV_BALANCE_WEIGHTS[16] = {0, 4, 2, 1, 1};
@@ -24,22 +23,6 @@ const unsigned int QX_MV_3FORKCYCLE_WEIGHTS[16] = {0, 0, 0, 1};
 const unsigned int QX_MV_2FORKPATH_WEIGHTS[16] = {0, 0, 0, 1};
 const unsigned int QX_MV_3FORKPATH_WEIGHTS[16] = {0, 0, 0, 1};
 }  // namespace MoveWeights
-
-SearchParams SearchParams::fromParam(const QXParam& param, unsigned int nbObjectives) {
-    SearchParams params;
-    params.annealingLevel = param.getAnnealingLevel();
-    for (const char* name : {"moveExplorationEnabled", "neighborhoodSize", "targetingLevel", "kBalanceEnabled",
-                             "kSwapEnabled", "kFlipEnabled", "kPathEnabled", "kCycleEnabled",
-                             "k2ForkCycleEnabled", "k3ForkCycleEnabled", "k2ForkPathEnabled",
-                             "k3ForkPathEnabled"}) {
-        const int absent = -2147483647 - 1;
-        int value = param.getAdvancedParam(name, absent);
-        if (value != absent) params.advanced[name] = value;
-    }
-    for (unsigned int i = 0; i < nbObjectives; ++i)
-        params.objectiveBounds.push_back(param.getObjectiveBound(static_cast<int>(i)));
-    return params;
-}
 
 ThreadEnv::ThreadEnv(const SearchParams& params, Dag* dag, const AutonomousFixedFields* fixedFields,
                      unsigned int seed)
@@ -67,51 +50,65 @@ void ThreadEnv::initHeuristic(const AutonomousFixedFields* fixedFields, unsigned
     createHeuristic();
     structure = std::make_unique<AutonomousStructure>(*dag, *fixedFields);
     moveFilter = std::make_unique<MoveFilter>(heuristic.get());
-    moveFilter->setExplorationEnabled(params.get("moveExplorationEnabled", 1) != 0);
+    moveFilter->setExplorationEnabled(params.get(MoveExplorationEnabled) != 0);
     heuristic->addCallback(moveFilter.get());
     heuristic->setSeed(seed);
-    heuristic->addMove(new MoveSimpleKFlip(*dag, heuristic->getQuickrand(), 1, 1));
-    int size = params.get("neighborhoodSize", 8);
-    for (int k = 1; k <= size && k < 16; ++k) initMoves(static_cast<unsigned int>(k));
+    const unsigned int size = static_cast<unsigned int>(std::max(0, std::min(params.get(NeighborhoodSize), 15)));
+    // Block reversals were once half of the draws of the cycles, in a model
+    // with sequences; as a move of their own they keep that share. There
+    // every weight counts double and each k-cycle hands half of its doubled
+    // weight to the reversal: the reversal weighs as much as all the cycles
+    // together, and every kind keeps its share of the lottery. Until the
+    // reversal has a switch of its own, the cycles' switch is its switch.
+    unsigned int cycles = 0;
+    for (unsigned int k = 1; k <= size; ++k)
+        if (isWanted(MoveWeights::QX_MV_CYCLE_WEIGHTS, KCycleEnabled, k, MoveChain::isValidK(MoveChain::Cycle, k, *fixedFields)))
+            cycles += MoveWeights::QX_MV_CYCLE_WEIGHTS[k];
+    const bool reversing = cycles > 0 && MoveKReversal::isValid(*fixedFields);
+    weightScale = reversing ? 2 : 1;
+    heuristic->addMove(new MoveSimpleKFlip(*dag, heuristic->getQuickrand(), 1, weightScale));
+    for (unsigned int k = 1; k <= size; ++k) initMoves(k);
+    if (reversing)
+        heuristic->addMove(new MoveKReversal(*dag, heuristic->getQuickrand(), *structure, cycles, targeting()));
     for (unsigned int i = 0; i < params.objectiveBounds.size(); ++i)
         heuristic->setObjectiveBound(i, params.objectiveBounds[i]);
+}
+
+bool ThreadEnv::isWanted(const unsigned int* weights, AdvancedParam enabling, unsigned int k, bool valid) const {
+    return weights[k] > 0 && params.get(enabling) != 0 && valid;
 }
 
 void ThreadEnv::initMoves(unsigned int k) {
     using namespace MoveWeights;
     const AutonomousFixedFields& fixedFields = structure->getFixedFields();
-    unsigned int targeting = static_cast<unsigned int>(10 * params.get("targetingLevel", 5));
+    const unsigned int targetingValue = targeting();
     Quickrand& rand = heuristic->getQuickrand();
-    auto wanted = [&](const unsigned int* table, const char* enabling, bool valid) {
-        return table[k] > 0 && params.get(enabling, 1) != 0 && valid;
-    };
-    if (wanted(QX_MV_BALANCE_WEIGHTS, "kBalanceEnabled", MoveKBalance::isValidK(k, fixedFields)))
-        heuristic->addMove(new MoveKBalance(*dag, rand, *structure, k, QX_MV_BALANCE_WEIGHTS[k]));
-    if (wanted(QX_MV_SWAP_WEIGHTS, "kSwapEnabled", MoveKSwap::isValidK(k, fixedFields)))
-        heuristic->addMove(new MoveKSwap(*dag, rand, *structure, k, QX_MV_SWAP_WEIGHTS[k], targeting));
-    if (wanted(QX_MV_FLIP_WEIGHTS, "kFlipEnabled", MoveKFlip::isValidK(k, fixedFields)))
-        heuristic->addMove(new MoveKFlip(*dag, rand, *structure, k, QX_MV_FLIP_WEIGHTS[k], targeting));
-    if (wanted(QX_MV_PATH_WEIGHTS, "kPathEnabled", MoveKPath::isValidK(k, fixedFields)))
-        heuristic->addMove(new MoveKPath(*dag, rand, *structure, k, QX_MV_PATH_WEIGHTS[k], targeting));
-    if (wanted(QX_MV_CYCLE_WEIGHTS, "kCycleEnabled", MoveKCycle::isValidK(k, fixedFields)))
-        heuristic->addMove(new MoveKCycle(*dag, rand, *structure, k, QX_MV_CYCLE_WEIGHTS[k], targeting));
-    // The forks, in the order cycles then paths, 2 then 3 branches.
-    struct Fork {
+    if (isWanted(QX_MV_BALANCE_WEIGHTS, KBalanceEnabled, k, MoveKBalance::isValidK(k, fixedFields)))
+        heuristic->addMove(new MoveKBalance(*dag, rand, *structure, k, weightScale * QX_MV_BALANCE_WEIGHTS[k]));
+    if (isWanted(QX_MV_SWAP_WEIGHTS, KSwapEnabled, k, MoveKSwap::isValidK(k, fixedFields)))
+        heuristic->addMove(
+            new MoveKSwap(*dag, rand, *structure, k, weightScale * QX_MV_SWAP_WEIGHTS[k], targetingValue));
+    if (isWanted(QX_MV_FLIP_WEIGHTS, KFlipEnabled, k, MoveKFlip::isValidK(k, fixedFields)))
+        heuristic->addMove(
+            new MoveKFlip(*dag, rand, *structure, k, weightScale * QX_MV_FLIP_WEIGHTS[k], targetingValue));
+    // The chains: paths, cycles, then the forks (cycles then paths, 2 then
+    // 3 branches). Cycles keep their single weight: the other half went to
+    // the reversal.
+    struct Chain {
         const unsigned int* weights;
-        const char* enabling;
-        unsigned int l;
-        bool cycle;
+        AdvancedParam enabling;
+        MoveChain::Shape shape;
+        unsigned int nbBranches;
+        unsigned int scale;
     };
-    const Fork forks[4] = {{QX_MV_2FORKCYCLE_WEIGHTS, "k2ForkCycleEnabled", 2, true},
-                           {QX_MV_3FORKCYCLE_WEIGHTS, "k3ForkCycleEnabled", 3, true},
-                           {QX_MV_2FORKPATH_WEIGHTS, "k2ForkPathEnabled", 2, false},
-                           {QX_MV_3FORKPATH_WEIGHTS, "k3ForkPathEnabled", 3, false}};
-    for (const Fork& fork : forks) {
-        bool valid = fork.cycle ? MoveKLForkCycle::isValidK(k, fixedFields) : MoveKLForkPath::isValidK(k, fixedFields);
-        if (!wanted(fork.weights, fork.enabling, valid)) continue;
-        if (fork.cycle)
-            heuristic->addMove(new MoveKLForkCycle(*dag, rand, *structure, fork.l, k, fork.weights[k], targeting));
-        else
-            heuristic->addMove(new MoveKLForkPath(*dag, rand, *structure, fork.l, k, fork.weights[k], targeting));
-    }
+    const Chain chains[6] = {{QX_MV_PATH_WEIGHTS, KPathEnabled, MoveChain::Path, 1, weightScale},
+                             {QX_MV_CYCLE_WEIGHTS, KCycleEnabled, MoveChain::Cycle, 1, 1},
+                             {QX_MV_2FORKCYCLE_WEIGHTS, K2ForkCycleEnabled, MoveChain::ForkCycle, 2, weightScale},
+                             {QX_MV_3FORKCYCLE_WEIGHTS, K3ForkCycleEnabled, MoveChain::ForkCycle, 3, weightScale},
+                             {QX_MV_2FORKPATH_WEIGHTS, K2ForkPathEnabled, MoveChain::ForkPath, 2, weightScale},
+                             {QX_MV_3FORKPATH_WEIGHTS, K3ForkPathEnabled, MoveChain::ForkPath, 3, weightScale}};
+    for (const Chain& chain : chains)
+        if (isWanted(chain.weights, chain.enabling, k, MoveChain::isValidK(chain.shape, k, fixedFields)))
+            heuristic->addMove(new MoveChain(*dag, rand, *structure, chain.shape, k, chain.scale * chain.weights[k],
+                                             targetingValue, chain.nbBranches));
 }

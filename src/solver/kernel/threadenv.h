@@ -2,30 +2,10 @@
 
 #include "solver/kernel/heuristic.h"
 #include "solver/kernel/movefilter.h"
+#include "solver/kernel/searchparams.h"
 #include "solver/move/autonomousstructure.h"
 
-#include <map>
 #include <memory>
-#include <string>
-#include <vector>
-
-class QXParam;
-
-// What a thread's search is built from: the annealing level, the advanced
-// parameters by name (absent ones take their defaults) and one bound per
-// objective.
-struct SearchParams {
-    int annealingLevel = 1;
-    std::map<std::string, int> advanced;
-    std::vector<long long> objectiveBounds;
-
-    int get(const std::string& name, int defaultValue) const {
-        auto found = advanced.find(name);
-        return found == advanced.end() ? defaultValue : found->second;
-    }
-    // Read from the solver's parameters (state Paused or Stopped).
-    static SearchParams fromParam(const QXParam& param, unsigned int nbObjectives);
-};
 
 // Initial util rates of each move kind by neighbourhood size k (0..15).
 namespace MoveWeights {
@@ -57,8 +37,15 @@ private:
     void initHeuristic(const AutonomousFixedFields* fixedFields, unsigned int seed);
     void createHeuristic();
     void initMoves(unsigned int k);
+    // Whether the kind is created for k: a positive weight, its switch on,
+    // and k valid for it.
+    bool isWanted(const unsigned int* weights, AdvancedParam enabling, unsigned int k, bool valid) const;
+    // Ten times the targeting level: the percentage of targeted starts.
+    unsigned int targeting() const { return static_cast<unsigned int>(10 * params.get(TargetingLevel)); }
 
     const SearchParams params;
+    // 2 where block reversals share the cycles' weight, else 1.
+    unsigned int weightScale = 1;
     Dag* dag;
     std::unique_ptr<Heuristic> heuristic;
     std::unique_ptr<AutonomousStructure> structure;

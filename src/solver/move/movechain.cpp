@@ -15,6 +15,8 @@ const unsigned int OPPOSITE_DRAWS = 6;
 // Flips the end of a chain may add to settle what remains.
 const unsigned int FINISHING_FLIPS = 2;
 
+const char* const KIND_WORDS[] = {"Cycle", "Path", "ForkCycle", "ForkPath"};
+
 long long clamp(__int128 value) {
     if (value > std::numeric_limits<long long>::max()) return std::numeric_limits<long long>::max();
     if (value < std::numeric_limits<long long>::min()) return std::numeric_limits<long long>::min();
@@ -22,21 +24,25 @@ long long clamp(__int128 value) {
 }
 }  // namespace
 
-MoveChain::MoveChain(Dag& dag, Quickrand& quickrand, AutonomousStructure& structure, unsigned int k,
-                     const char* kind, unsigned int utilRate, unsigned int targeting, unsigned int nbBranches,
-                     bool returnsToStart)
-    : MoveK(dag, quickrand, structure, k, kind, utilRate, targeting), fixedFields(structure.getFixedFields()),
-      shifts(structure.getShifts()), nbBranches(nbBranches), returnsToStart(returnsToStart) {
-    if (nbBranches == 0)
+MoveChain::MoveChain(Dag& dag, Quickrand& quickrand, AutonomousStructure& structure, Shape shape, unsigned int k,
+                     unsigned int utilRate, unsigned int targeting, unsigned int nbBranches)
+    : MoveK(dag, quickrand, structure, k, KIND_WORDS[shape], utilRate, targeting),
+      fixedFields(structure.getFixedFields()),
+      shifts(structure.getShifts()),
+      nbBranches(nbBranches),
+      returnsToStart(shape == Cycle || shape == ForkCycle) {
+    bool forked = shape == ForkCycle || shape == ForkPath;
+    if (forked ? nbBranches < 2 : nbBranches != 1)
         throw KernelException("src/solver/move/movechain", __LINE__, "MoveChain", "Bad argument value.");
 }
 
+bool MoveChain::isValidK(Shape shape, unsigned int k, const AutonomousFixedFields& fixed) {
+    bool forked = shape == ForkCycle || shape == ForkPath;
+    unsigned int sums = shape == Cycle || shape == ForkCycle ? fixed.getNbRootSums() : fixed.getNbFreeRootSums();
+    return k >= (forked ? 3u : 2u) && sums != 0;
+}
+
 bool MoveChain::modify() {
-    // Half of the cycles of a model with a sequence mirror a block of it
-    // instead: the inside of the block keeps its neighbourhoods, only its
-    // ends change, a rearrangement no short chain of exchanges reaches.
-    if (returnsToStart && nbBranches == 1 && !fixedFields.getSequences().empty() && quickrand.nextInt(2) == 0)
-        return reverseBlock();
     shifts.clear();
     if (!startPath(!returnsToStart)) return false;
     unsigned int steps = k - 1;
@@ -112,69 +118,6 @@ bool MoveChain::startPath(bool freeOnly) {
     startSum = sum;
     flipStep(boolean);
     return true;
-}
-
-// --- Blocks of a sequence -------------------------------------------------
-
-bool MoveChain::targetColumn(unsigned int& sequence, unsigned int& place) {
-    unsigned int boolean = 0;
-    if (!decideToTarget() || !structure.pickImprovingBoolean(dag, quickrand, boolean)) return false;
-    // A boolean may be a cell of two sequences (a row and a column): one
-    // of them at random.
-    unsigned int count = 0, chosen = 0;
-    for (const RootBool::Entry& entry : rootBoolOf(boolean).constrainedEntries()) {
-        unsigned int found = fixedFields.sequenceOf(entry.sum);
-        if (found == KernelConstants::NO_NODE || (sequence != KernelConstants::NO_NODE && found != sequence))
-            continue;
-        if (quickrand.nextInt(++count) == 0) chosen = entry.sum;
-    }
-    if (count == 0) return false;
-    sequence = fixedFields.sequenceOf(chosen);
-    place = fixedFields.placeOf(chosen);
-    return true;
-}
-
-// Each end is targeted on its own: a block between two places that an
-// improvement needs changed, or between one and anywhere.
-bool MoveChain::reverseBlock() {
-    const std::vector<SumSequence>& sequences = fixedFields.getSequences();
-    unsigned int sequence = KernelConstants::NO_NODE, place = 0;
-    if (!targetColumn(sequence, place)) {
-        sequence = quickrand.nextInt(static_cast<unsigned int>(sequences.size()));
-        place = quickrand.nextInt(static_cast<unsigned int>(sequences[sequence].columns.size()));
-    }
-    const SumSequence& chosen = sequences[sequence];
-    unsigned int other = 0;
-    if (!targetColumn(sequence, other) || other == place) {
-        other = quickrand.nextInt(static_cast<unsigned int>(chosen.columns.size()) - 1);
-        if (other >= place) ++other;
-    }
-    unsigned int low = std::min(place, other), high = std::max(place, other);
-    bool changed = false;
-    for (; low < high; ++low, --high) changed = exchangeColumns(chosen, low, high) || changed;
-    return changed;
-}
-
-bool MoveChain::exchangeColumns(const SumSequence& sequence, unsigned int a, unsigned int b) {
-    bool changed = false;
-    for (int pass = 0; pass < 2; ++pass) {
-        unsigned int from = pass == 0 ? a : b, to = pass == 0 ? b : a;
-        const std::vector<unsigned int>& source = fixedFields.getRootSums()[sequence.columns[from]].booleans;
-        const std::vector<unsigned int>& target = fixedFields.getRootSums()[sequence.columns[to]].booleans;
-        // Unit coefficients: the booleans at 1 are those whose flip lowers
-        // the sum.
-        const Bipartition& bools = structure.increasingBools(sequence.columns[from]);
-        for (unsigned int i = bools.sizeIn(); i < bools.size(); ++i) {
-            unsigned int j = bools[i];
-            unsigned int row = sequence.rowAt[from * sequence.nbRows + j];
-            unsigned int counterpart = target[sequence.cellAt[to * sequence.nbRows + row]];
-            if (dag.currentValue(counterpart) != 0) continue;
-            flip(source[j]);
-            flip(counterpart);
-            changed = true;
-        }
-    }
-    return changed;
 }
 
 // --- Steps ---------------------------------------------------------------

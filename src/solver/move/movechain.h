@@ -55,24 +55,26 @@ struct SumSide {
 // opposites in one sum share the cancelling (one big item against two or
 // three small ones), and the walk then settles what they moved.
 //
-// Half of the cycles of a model with a sequence (the interchangeable
-// columns of an assignment, in the model's order) mirror a block of
-// columns instead: in car sequencing a stretch of the line run backwards,
-// whose windows inside keep their counts while only those at its ends
-// change. That rearranges tens of columns at once, where exchanges alone
-// leave the last few overloads in place.
-//
 // k counts the steps: for paths and cycles the start and k - 1 steps after
 // it; for forks the start, the fork, then l (k - 3) steps. The end may add
 // two more flips to settle what remains. Nothing allocates while a move is
 // built: the shifts belong to the thread's structure, reserved once.
 class MoveChain : public MoveK {
 public:
-    // `nbBranches` is 1 for a plain chain; `returnsToStart` for cycles.
-    MoveChain(Dag& dag, Quickrand& quickrand, AutonomousStructure& structure, unsigned int k, const char* kind,
-              unsigned int utilRate, unsigned int targeting, unsigned int nbBranches, bool returnsToStart);
+    // The four shapes, each named by its kind word: "Cycle" (from any root
+    // sum back to it, k >= 2), "Path" (from a free root sum to free sums
+    // only, k >= 2), and their forks "ForkCycle" and "ForkPath" (k >= 3),
+    // whose first boolean is cancelled by l branches in one of its sums.
+    enum Shape { Cycle, Path, ForkCycle, ForkPath };
+
+    // `nbBranches`, the l of a fork (2 or 3), is 1 for the plain shapes;
+    // anything else is refused.
+    MoveChain(Dag& dag, Quickrand& quickrand, AutonomousStructure& structure, Shape shape, unsigned int k,
+              unsigned int utilRate, unsigned int targeting, unsigned int nbBranches = 1);
 
     bool modify() override;
+    // Whether the shape has a chain of size k in these fields.
+    static bool isValidK(Shape shape, unsigned int k, const AutonomousFixedFields& fixed);
 
 protected:
     enum Step { Settled, Moved, Stuck };
@@ -97,16 +99,6 @@ protected:
     // Up to two more flips to settle what remains; false when a constraint
     // is still broken.
     bool finish();
-
-    // Reverses a block of columns of a sequence; each end is, with the
-    // targeting probability, the column of an improving boolean, else
-    // random.
-    bool reverseBlock();
-    // The column of an improving boolean, in `sequence` unless that is
-    // NO_NODE; false when not targeting or none is found.
-    bool targetColumn(unsigned int& sequence, unsigned int& place);
-    // Exchanges the contents of two columns; false when they hold the same.
-    bool exchangeColumns(const SumSequence& sequence, unsigned int a, unsigned int b);
 
     // flip, recording the shifts.
     void flipStep(unsigned int boolean);

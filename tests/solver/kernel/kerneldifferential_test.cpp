@@ -508,8 +508,8 @@ void runSearch(unsigned int seed, int annealingLevel, unsigned int nbIterations,
     AutonomousFixedFields autonomous(graph.graph.fixed);
     SearchParams params;
     params.annealingLevel = annealingLevel;
-    params.advanced["neighborhoodSize"] = 4;
-    params.advanced["targetingLevel"] = static_cast<int>(random() % 11);
+    params.set(NeighborhoodSize, 4);
+    params.set(TargetingLevel, static_cast<int>(random() % 11));
     ThreadEnv env(params, dag.get(), &autonomous, seed);
     Heuristic* heuristic = env.getHeuristic();
     env.getMoveFilter()->setFilteringPeriod(97);  // several filterings per run

@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <sstream>
 
 namespace {
@@ -120,6 +121,17 @@ TEST(HeuristicTest, TerminationRules) {
     h.run();
     EXPECT_EQ(h.getNbIterations(), 0u);
 
+    // A limit is a duration, whole seconds or less: the run lasts at least
+    // that long (a whole-second wall clock could end it at once).
+    h.setTimeLimit(std::chrono::milliseconds(300));
+    h.run();
+    EXPECT_GE(h.getRunningDuration(), std::chrono::milliseconds(300));
+    EXPECT_EQ(h.getTimeLimit(), 0u);
+    h.setTimeLimit(1);
+    h.run();
+    EXPECT_GE(h.getRunningTime(), 1u);
+    EXPECT_EQ(h.getTimeLimit(), 1u);
+
     // The bound of a maximised objective already reached while feasible.
     h.init();
     h.setObjectiveBound(0, search.dag->currentValue(search.model.value));
@@ -202,8 +214,9 @@ TEST(HeuristicTest, AnnealingEndsAfterNinetyPercentOfTheIterations) {
     });
     annealing->addCallback(&probe);
     // Without an iteration limit the count is estimated once half the time
-    // has passed (here at 2 s, from the speed so far): the annealing then
-    // ends at once, since 90% of the estimate is already done.
+    // has passed (here at 1.5 s, from the speed so far, over the elapsed
+    // time plus a second): the annealing ends at 90% of that estimate,
+    // well before the run does.
     annealing->setTimeLimit(3);
     annealing->run();
     EXPECT_GT(switchedAt, 0u);

@@ -8,16 +8,16 @@
 #include "solver/kernel/quickrand.h"
 #include "solver/move/autonomousfixedfields.h"
 #include "solver/move/autonomousstructure.h"
-#include "solver/move/movekcycle.h"
-#include "solver/move/moveklforkcycle.h"
-#include "solver/move/moveklforkpath.h"
-#include "solver/move/movekpath.h"
+#include "solver/kernel/threadenv.h"
+#include "solver/move/movechain.h"
+#include "solver/move/movekreversal.h"
 #include "searchmodels.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <limits>
+#include <map>
 #include <memory>
 #include <tuple>
 
@@ -105,7 +105,7 @@ TEST(MoveChainTest, BuiltCyclesKeepEveryAssignmentSumLevel) {
     for (unsigned int k = 2; k <= 6; ++k) {
         for (unsigned int targeting : {0u, 100u}) {
             SCOPED_TRACE("k " + std::to_string(k) + " targeting " + std::to_string(targeting));
-            MoveKCycle cycle(*a.dag, rand, *a.structure, k, 1, targeting);
+            MoveChain cycle(*a.dag, rand, *a.structure, MoveChain::Cycle, k, 1, targeting);
             unsigned int built = exercise(*a.dag, cycle, 600, true, [](unsigned int raised, unsigned int lowered, bool ok) {
                 EXPECT_EQ(raised, lowered);
                 EXPECT_GE(raised, 2u);
@@ -129,10 +129,14 @@ TEST(MoveChainTest, KnapsackChainsStayWithinTheCapacityAndFindTheTradesFlipsMiss
         Quickrand rand(3 + kind);
         std::unique_ptr<Move> move;
         switch (kind) {
-            case 0: move = std::make_unique<MoveKPath>(*s.dag, rand, *s.structure, 3, 1, 50); break;
-            case 1: move = std::make_unique<MoveKCycle>(*s.dag, rand, *s.structure, 4, 1, 50); break;
-            case 2: move = std::make_unique<MoveKLForkPath>(*s.dag, rand, *s.structure, 2, 3, 1, 50); break;
-            default: move = std::make_unique<MoveKLForkCycle>(*s.dag, rand, *s.structure, 3, 4, 1, 50); break;
+            case 0: move = std::make_unique<MoveChain>(*s.dag, rand, *s.structure, MoveChain::Path, 3, 1, 50); break;
+            case 1: move = std::make_unique<MoveChain>(*s.dag, rand, *s.structure, MoveChain::Cycle, 4, 1, 50); break;
+            case 2:
+                move = std::make_unique<MoveChain>(*s.dag, rand, *s.structure, MoveChain::ForkPath, 3, 1, 50, 2);
+                break;
+            default:
+                move = std::make_unique<MoveChain>(*s.dag, rand, *s.structure, MoveChain::ForkCycle, 4, 1, 50, 3);
+                break;
         }
         SCOPED_TRACE(move->getName());
         long long best = 0;
@@ -167,7 +171,7 @@ TEST(MoveChainTest, SetCoverPathsRepairTheRowsTheyUncoverAtLeastCost) {
     std::unique_ptr<Dag> dag = g.makeDag({1, 0, 0, 0, 1, 0, 0});
     AutonomousStructure structure(*dag, fields);
     Quickrand rand(11);
-    MoveKPath path(*dag, rand, structure, 2, 1, 100);
+    MoveChain path(*dag, rand, structure, MoveChain::Path, 2, 1, 100);
     Propagation& p = dag->getPropagation();
     unsigned int dropsOfColumn0 = 0, built = 0;
     for (int i = 0; i < 200; ++i) {
@@ -220,12 +224,6 @@ TEST(MoveChainTest, ConstrainedSumsTakeTheRangeOfTheirConstantComparisons) {
     EXPECT_EQ(range(mixed), std::make_tuple(true, MIN, 1LL));
 }
 
-// Exposes the block reversal of cycles.
-struct Reverser : MoveKCycle {
-    using MoveKCycle::MoveKCycle;
-    using MoveChain::reverseBlock;
-};
-
 TEST(MoveChainTest, SequencesAreTheInterchangeableColumnsOfAnAssignment) {
     // Square assignment: rows and columns are both families of equal
     // equalities over the same other sums.
@@ -274,12 +272,13 @@ TEST(MoveChainTest, SequencesAreTheInterchangeableColumnsOfAnAssignment) {
     // class sum: the classes read the same outside the block and backwards
     // inside it.
     Quickrand rand(7);
-    Reverser reverser(*dag, rand, structure, 3, 1, 50);
+    MoveKReversal reverser(*dag, rand, structure, 1, 50);
+    EXPECT_EQ(reverser.getName(), "1-Reversal");
     Propagation& p = dag->getPropagation();
     unsigned int built = 0;
     std::vector<unsigned int> lengths(slots + 1, 0);
     for (int i = 0; i < 300; ++i) {
-        if (!reverser.reverseBlock()) {
+        if (!reverser.modify()) {
             EXPECT_EQ(p.getModifiedVariables().size(), 0u);
             continue;
         }
@@ -312,16 +311,20 @@ TEST(MoveChainTest, SequencesAreTheInterchangeableColumnsOfAnAssignment) {
 TEST(MoveChainTest, ValidSizesAndRefusals) {
     StalledKnapsack s;
     const AutonomousFixedFields& fields = *s.autonomous;
-    EXPECT_FALSE(MoveKPath::isValidK(1, fields));
-    EXPECT_TRUE(MoveKPath::isValidK(2, fields));
-    EXPECT_TRUE(MoveKCycle::isValidK(2, fields));
-    EXPECT_FALSE(MoveKLForkPath::isValidK(2, fields));
-    EXPECT_TRUE(MoveKLForkCycle::isValidK(3, fields));
+    EXPECT_FALSE(MoveChain::isValidK(MoveChain::Path, 1, fields));
+    EXPECT_TRUE(MoveChain::isValidK(MoveChain::Path, 2, fields));
+    EXPECT_TRUE(MoveChain::isValidK(MoveChain::Cycle, 2, fields));
+    EXPECT_FALSE(MoveChain::isValidK(MoveChain::ForkPath, 2, fields));
+    EXPECT_TRUE(MoveChain::isValidK(MoveChain::ForkCycle, 3, fields));
     Quickrand rand(1);
-    EXPECT_EQ(MoveKCycle(*s.dag, rand, *s.structure, 4, 1, 0).getName(), "4-Cycle");
-    EXPECT_EQ(MoveKPath(*s.dag, rand, *s.structure, 2, 1, 0).getName(), "2-Path");
-    EXPECT_THROW(MoveKLForkPath(*s.dag, rand, *s.structure, 0, 3, 1, 0), KernelException);
-    EXPECT_THROW(MoveKCycle(*s.dag, rand, *s.structure, 2, 1, 101), KernelException);
+    EXPECT_EQ(MoveChain(*s.dag, rand, *s.structure, MoveChain::Cycle, 4, 1, 0).getName(), "4-Cycle");
+    EXPECT_EQ(MoveChain(*s.dag, rand, *s.structure, MoveChain::Path, 2, 1, 0).getName(), "2-Path");
+    EXPECT_EQ(MoveChain(*s.dag, rand, *s.structure, MoveChain::ForkCycle, 3, 1, 0, 2).getName(), "3-ForkCycle");
+    EXPECT_EQ(MoveChain(*s.dag, rand, *s.structure, MoveChain::ForkPath, 3, 1, 0, 3).getName(), "3-ForkPath");
+    // A fork needs branches, a plain chain has exactly one.
+    EXPECT_THROW(MoveChain(*s.dag, rand, *s.structure, MoveChain::ForkPath, 3, 1, 0, 1), KernelException);
+    EXPECT_THROW(MoveChain(*s.dag, rand, *s.structure, MoveChain::Cycle, 3, 1, 0, 2), KernelException);
+    EXPECT_THROW(MoveChain(*s.dag, rand, *s.structure, MoveChain::Cycle, 2, 1, 101), KernelException);
 
     // A capacity constraint alone: no free sum, so no path of any size,
     // while cycles still have root sums to start from.
@@ -332,7 +335,45 @@ TEST(MoveChainTest, ValidSizesAndRefusals) {
     g.constraint(g.add(Leq, {weight, g.constant(9)}));
     g.objective(g.add(Max, {items[0], items[1]}), Maximize);
     AutonomousFixedFields constrainedOnly(g.close());
-    EXPECT_FALSE(MoveKPath::isValidK(2, constrainedOnly));
-    EXPECT_FALSE(MoveKLForkPath::isValidK(3, constrainedOnly));
-    EXPECT_TRUE(MoveKCycle::isValidK(2, constrainedOnly));
+    EXPECT_FALSE(MoveChain::isValidK(MoveChain::Path, 2, constrainedOnly));
+    EXPECT_FALSE(MoveChain::isValidK(MoveChain::ForkPath, 3, constrainedOnly));
+    EXPECT_TRUE(MoveChain::isValidK(MoveChain::Cycle, 2, constrainedOnly));
+    EXPECT_FALSE(MoveKReversal::isValid(constrainedOnly));
+}
+
+TEST(MoveChainTest, ReversalsTakeHalfOfTheCyclesShareOnlyWhereSequencesExist) {
+    // Where the model has sequences every weight counts double, the cycles
+    // keep their single weight and the reversal weighs as much as all of
+    // them: each kind keeps the share it had when half of the cycles'
+    // draws were reversals. Elsewhere the weights are the table's.
+    auto rates = [](Dag& dag, const AutonomousFixedFields& fields, bool cyclesOn) {
+        SearchParams params;
+        params.set(KCycleEnabled, cyclesOn ? 1 : 0);
+        ThreadEnv env(params, &dag, &fields, 1);
+        std::map<std::string, unsigned int> byName;
+        for (unsigned int m = 0; m < env.getHeuristic()->getNbMoves(); ++m)
+            byName[env.getHeuristic()->getMove(m)->getName()] = env.getHeuristic()->getMove(m)->getUtilRate();
+        return byName;
+    };
+    using namespace MoveWeights;
+    Assignment a(6);
+    std::map<std::string, unsigned int> withSequences = rates(*a.dag, *a.autonomous, true);
+    unsigned int cycles = 0;
+    for (unsigned int k = 2; k <= 8; ++k) {
+        EXPECT_EQ(withSequences[Move::prefixName(k, "Cycle")], QX_MV_CYCLE_WEIGHTS[k]);
+        EXPECT_EQ(withSequences[Move::prefixName(k, "Path")], 2 * QX_MV_PATH_WEIGHTS[k]);
+        cycles += QX_MV_CYCLE_WEIGHTS[k];
+    }
+    EXPECT_EQ(withSequences["1-SimpleFlip"], 2u);
+    EXPECT_EQ(withSequences["1-Reversal"], cycles);
+    // Without cycles there is no reversal either, and nothing doubles.
+    std::map<std::string, unsigned int> noCycles = rates(*a.dag, *a.autonomous, false);
+    EXPECT_EQ(noCycles.count("1-Reversal"), 0u);
+    EXPECT_EQ(noCycles["3-Path"], QX_MV_PATH_WEIGHTS[3]);
+
+    StalledKnapsack s;
+    std::map<std::string, unsigned int> noSequences = rates(*s.dag, *s.autonomous, true);
+    EXPECT_EQ(noSequences.count("1-Reversal"), 0u);
+    EXPECT_EQ(noSequences["4-Cycle"], QX_MV_CYCLE_WEIGHTS[4]);
+    EXPECT_EQ(noSequences["1-SimpleFlip"], 1u);
 }
