@@ -1,5 +1,7 @@
 #pragma once
 
+#include "solver/kernel/constants.h"
+
 #include <cstdint>
 #include <string>
 
@@ -20,7 +22,7 @@ struct QXWhere {
 // Every guard raises a QXException and changes nothing.
 class ApiErrors {
 public:
-    static constexpr int32_t MaxCount = 2147483647;
+    static constexpr int32_t MaxCount = QXLimits::MAX_COUNT;
     static constexpr int64_t MaxInt64 = INT64_MAX;
     static constexpr int64_t MinInt64 = INT64_MIN;
 

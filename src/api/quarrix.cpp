@@ -10,7 +10,7 @@
 #include "api/compiledmodel.h"
 #include "solver/kernel/dag.h"
 #include "solver/kernel/greedysolution.h"
-#include "solver/kernel/kernelconstants.h"
+#include "solver/kernel/constants.h"
 #include "solver/kernel/parallelizer.h"
 #include "solver/kernel/quickrand.h"
 #include "solver/kernel/solution.h"
@@ -135,7 +135,7 @@ int Quarrix::computePhaseTimeLimit(int i) const {
     int64_t total = 0;
     for (int k = 0; k <= i && k < static_cast<int>(phases.size()); ++k) {
         total += phases[k]->timeLimit;
-        if (total < 0 || total >= KernelConstants::NO_TIME_LIMIT) return KernelConstants::NO_TIME_LIMIT;
+        if (total < 0 || total >= QXLimits::NO_TIME_LIMIT) return QXLimits::NO_TIME_LIMIT;
     }
     return static_cast<int>(total);
 }
@@ -144,7 +144,7 @@ int64_t Quarrix::computePhaseIterationLimit(int i) const {
     int64_t total = 0;
     for (int k = 0; k <= i && k < static_cast<int>(phases.size()); ++k) {
         int64_t limit = phases[k]->iterationLimit;
-        if (limit < 0 || total > KernelConstants::NO_ITERATION_LIMIT - limit) return KernelConstants::NO_ITERATION_LIMIT;
+        if (limit < 0 || total > QXLimits::NO_ITERATION_LIMIT - limit) return QXLimits::NO_ITERATION_LIMIT;
         total += limit;
     }
     return total;
@@ -156,7 +156,7 @@ void Quarrix::solvePhase(int i) {
     const int timeLimit = computePhaseTimeLimit(i);
     const std::chrono::nanoseconds remainingTime =
         std::chrono::seconds(timeLimit) - std::chrono::nanoseconds(statistics->runningNanoseconds);
-    const bool timed = timeLimit != KernelConstants::NO_TIME_LIMIT;
+    const bool timed = timeLimit != QXLimits::NO_TIME_LIMIT;
     int64_t remainingIterations = computePhaseIterationLimit(i) - statistics->nbIterations;
     if ((timed && remainingTime.count() <= 0) || remainingIterations <= 0) return;
     if (param->verbosity > 0) std::cout << "Phase " << i << ":" << std::endl << std::endl;

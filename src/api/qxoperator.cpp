@@ -1,8 +1,10 @@
 #include "api/qxoperator.h"
 
+#include "solver/kernel/constants.h"
+
 namespace {
 
-constexpr int Unbounded = 2147483647;
+constexpr int Unbounded = QXLimits::MAX_COUNT;
 constexpr QXValueType None = QXValueType::None;
 constexpr QXValueType Int = QXValueType::Integer;
 constexpr QXValueType Bool = QXValueType::Boolean;

@@ -40,7 +40,7 @@ enum class QXValueType : uint8_t { None, Integer, Boolean };
 struct QXOperatorInfo {
     const char* name;     // the language name
     int minOperands;
-    int maxOperands;      // 2147483647 when unbounded
+    int maxOperands;      // QXLimits::MAX_COUNT when unbounded
     QXValueType operandType;  // for Iif, the kind of positions 1 and 2
     QXValueType resultType;
 };

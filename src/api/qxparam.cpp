@@ -4,7 +4,7 @@
 #include "api/quarrix.h"
 #include "api/qxmodel.h"
 #include "api/qxphase.h"
-#include "solver/kernel/kernelconstants.h"
+#include "solver/kernel/constants.h"
 #include "solver/kernel/searchparams.h"
 
 namespace {
@@ -13,8 +13,8 @@ const char* const UNIT = "src/api/qxparam";
 
 QXParam::QXParam(Quarrix* solver_)
     : solver(solver_),
-      iterationLimit(KernelConstants::NO_ITERATION_LIMIT),
-      timeLimit(KernelConstants::NO_TIME_LIMIT) {}
+      iterationLimit(QXLimits::NO_ITERATION_LIMIT),
+      timeLimit(QXLimits::NO_TIME_LIMIT) {}
 
 void QXParam::setSeed(int value) {
     ApiErrors::checkStopped(solver, QX_HERE);
@@ -116,7 +116,7 @@ SearchParams QXParam::searchParams() const {
         const AdvancedParamInfo& info = ADVANCED_PARAMS[p];
         auto found = advancedParams.find(info.name);
         if (found == advancedParams.end()) continue;
-        if (found->second < info.lowest || found->second > info.highest)
+        if (info.refusedOutside && (found->second < info.lowest || found->second > info.highest))
             ApiErrors::fail(QX_HERE, "Advanced parameter '" + std::string(info.name) +
                                          "' must be an integer between " + std::to_string(info.lowest) +
                                          " and " + std::to_string(info.highest) + ".");
@@ -128,12 +128,12 @@ SearchParams QXParam::searchParams() const {
 
 int QXParam::totalTimeLimit() const {
     const int nbPhases = static_cast<int>(solver->phases.size());
-    return nbPhases == 0 ? KernelConstants::NO_TIME_LIMIT : solver->computePhaseTimeLimit(nbPhases - 1);
+    return nbPhases == 0 ? QXLimits::NO_TIME_LIMIT : solver->computePhaseTimeLimit(nbPhases - 1);
 }
 
 int64_t QXParam::totalIterationLimit() const {
     const int nbPhases = static_cast<int>(solver->phases.size());
-    return nbPhases == 0 ? KernelConstants::NO_ITERATION_LIMIT : solver->computePhaseIterationLimit(nbPhases - 1);
+    return nbPhases == 0 ? QXLimits::NO_ITERATION_LIMIT : solver->computePhaseIterationLimit(nbPhases - 1);
 }
 
 int QXParam::getTotalTimeLimit() const {
@@ -164,9 +164,9 @@ std::string QXParam::toString() const {
     const int time = totalTimeLimit();
     const int64_t iterations = totalIterationLimit();
     std::string text = "Param: \n";
-    text += time == KernelConstants::NO_TIME_LIMIT ? "  no time limit, "
+    text += time == QXLimits::NO_TIME_LIMIT ? "  no time limit, "
                                : "  time limit = " + std::to_string(time) + " sec, ";
-    text += iterations == KernelConstants::NO_ITERATION_LIMIT ? "no iteration limit"
+    text += iterations == QXLimits::NO_ITERATION_LIMIT ? "no iteration limit"
                                     : "iteration limit = " + std::to_string(iterations);
     text += "\n  seed = " + std::to_string(seed) + ", nb threads = " +
             std::to_string(nbThreads) + ", annealing level = " +

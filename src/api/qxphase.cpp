@@ -4,7 +4,7 @@
 #include "api/quarrix.h"
 #include "api/qxmodel.h"
 #include "api/qxstatistics.h"
-#include "solver/kernel/kernelconstants.h"
+#include "solver/kernel/constants.h"
 
 namespace {
 const char* const UNIT = "src/api/qxphase";
@@ -12,8 +12,8 @@ const char* const UNIT = "src/api/qxphase";
 
 QXPhase::QXPhase(Quarrix* solver_)
     : solver(solver_),
-      timeLimit(KernelConstants::NO_TIME_LIMIT),
-      iterationLimit(KernelConstants::NO_ITERATION_LIMIT) {
+      timeLimit(QXLimits::NO_TIME_LIMIT),
+      iterationLimit(QXLimits::NO_ITERATION_LIMIT) {
     ApiErrors::checkStopped(solver, QX_HERE);
     optimizedObjective = solver->getModel()->getNbObjectives() - 1;
     statistics.reset(new QXStatistics(solver, this));
@@ -61,10 +61,10 @@ QXStatistics* QXPhase::getStatistics() const {
 
 std::string QXPhase::toString() const {
     ApiErrors::checkNotRunning(solver, QX_HERE);
-    std::string text = timeLimit == KernelConstants::NO_TIME_LIMIT
+    std::string text = timeLimit == QXLimits::NO_TIME_LIMIT
                            ? "no time limit, "
                            : "time limit = " + std::to_string(timeLimit) + " sec, ";
-    text += iterationLimit == KernelConstants::NO_ITERATION_LIMIT
+    text += iterationLimit == QXLimits::NO_ITERATION_LIMIT
                 ? "no iteration limit, "
                 : "iteration limit = " + std::to_string(iterationLimit) + ", ";
     return text + "optimized objective = " + std::to_string(optimizedObjective);

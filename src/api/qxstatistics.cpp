@@ -4,7 +4,7 @@
 #include "api/quarrix.h"
 #include "api/qxphase.h"
 #include "solver/kernel/heuristic.h"
-#include "solver/kernel/kernelconstants.h"
+#include "solver/kernel/constants.h"
 #include "solver/kernel/threadenv.h"
 
 #include <algorithm>
@@ -118,9 +118,9 @@ void QXStatistics::update() {
 // iterations, the moves are summed. With no thread: no limit reached, no
 // move.
 void QXStatistics::updatePhase() {
-    runningTime = KernelConstants::NO_TIME_LIMIT;
+    runningTime = QXLimits::NO_TIME_LIMIT;
     runningNanoseconds = std::numeric_limits<int64_t>::max();
-    nbIterations = KernelConstants::NO_ITERATION_LIMIT;
+    nbIterations = QXLimits::NO_ITERATION_LIMIT;
     nbMoves = nbAccepted = nbImprovements = nbInfeasibles = 0;
     for (const auto& env : solver->threadEnvs) {
         const Heuristic& h = *env->getHeuristic();

@@ -23,7 +23,7 @@ class ModelGraph;
 // expression; 0 after marking means no node.
 class DagDefinitionBuilder {
 public:
-    static constexpr int32_t NODE_MARK = 2147483647;
+    static constexpr int32_t NODE_MARK = QXLimits::MAX_COUNT;
 
     // `expressionNodes` receives one entry per expression: its node, or
     // KernelConstants::NO_NODE.

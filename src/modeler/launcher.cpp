@@ -19,7 +19,7 @@
 #include "modeler/value/vmap.h"
 #include "modeler/value/vmapiterator.h"
 #include "modeler/variableset.h"
-#include "solver/kernel/kernelconstants.h"
+#include "solver/kernel/constants.h"
 
 namespace {
 
@@ -204,8 +204,8 @@ void Launcher::extractMapParameter(const std::string& name, std::vector<int64_t>
 
 void Launcher::createPhases() {
     if (!isMapParameter("qxTimeLimit") && !isMapParameter("qxIterationLimit")) {
-        int64_t timeLimit = getSolverIntegerParameter("qxTimeLimit", KernelConstants::NO_TIME_LIMIT);
-        int64_t iterationLimit = getSolverIntegerParameter("qxIterationLimit", KernelConstants::NO_ITERATION_LIMIT);
+        int64_t timeLimit = getSolverIntegerParameter("qxTimeLimit", QXLimits::NO_TIME_LIMIT);
+        int64_t iterationLimit = getSolverIntegerParameter("qxIterationLimit", QXLimits::NO_ITERATION_LIMIT);
         QXPhase* phase = solver->createPhase();
         phase->setTimeLimit(atMostInt32(timeLimit, "timeLimit"));
         phase->setIterationLimit(iterationLimit);

@@ -13,7 +13,7 @@ public:
     // Any section.
     static const int kAnySection = 255;
     // The count limit used for "any number of arguments".
-    static const int kMaxArguments = 2147483647;
+    static const int kMaxArguments = QXLimits::MAX_COUNT;
 
     SolverFunction(const std::string& name, Handler handler, int sectionMask, int minArgs,
                    int maxArgs);

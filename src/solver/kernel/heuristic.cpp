@@ -21,7 +21,7 @@ Heuristic::Heuristic(Dag* dag) : dag(dag) {
         objectiveBounds.push_back(direction == Maximize ? std::numeric_limits<long long>::max()
                                                         : std::numeric_limits<long long>::min());
     timeLimit = SearchClock::NO_LIMIT;
-    iterationLimit = KernelConstants::NO_ITERATION_LIMIT;
+    iterationLimit = QXLimits::NO_ITERATION_LIMIT;
     optimizedObjective = static_cast<unsigned int>(fixed.objectives().size()) - 1;
     dag->addSolutionToNotify(bestSolution);
     bestSolutionIterations = 0;
@@ -36,19 +36,19 @@ Heuristic::~Heuristic() {
 
 void Heuristic::init() {
     timeLimit = SearchClock::NO_LIMIT;
-    iterationLimit = KernelConstants::NO_ITERATION_LIMIT;
+    iterationLimit = QXLimits::NO_ITERATION_LIMIT;
     optimizedObjective = static_cast<unsigned int>(objectiveBounds.size()) - 1;
     for (Move* move : moves) move->clearStats();
 }
 
 void Heuristic::setTimeLimit(unsigned int seconds) {
-    timeLimit = seconds == static_cast<unsigned int>(KernelConstants::NO_TIME_LIMIT)
+    timeLimit = seconds == static_cast<unsigned int>(QXLimits::NO_TIME_LIMIT)
                     ? SearchClock::NO_LIMIT
                     : std::chrono::duration_cast<SearchClock::Clock::duration>(std::chrono::seconds(seconds));
 }
 
 unsigned int Heuristic::getTimeLimit() const {
-    if (timeLimit == SearchClock::NO_LIMIT) return KernelConstants::NO_TIME_LIMIT;
+    if (timeLimit == SearchClock::NO_LIMIT) return QXLimits::NO_TIME_LIMIT;
     return static_cast<unsigned int>(std::chrono::duration_cast<std::chrono::seconds>(timeLimit).count());
 }
 

@@ -5,6 +5,7 @@
 #include "solver/kernel/quickrand.h"
 #include "solver/kernel/searchclock.h"
 #include "solver/kernel/solution.h"
+#include "solver/kernel/constants.h"
 
 #include <atomic>
 #include <ostream>
@@ -45,7 +46,7 @@ public:
     void addCallback(HeuristicCallback* callback) { callbacks.push_back(callback); }
     void removeCallback(HeuristicCallback* callback);
 
-    // Whole seconds; KernelConstants::NO_TIME_LIMIT means none.
+    // Whole seconds; QXLimits::NO_TIME_LIMIT means none.
     void setTimeLimit(unsigned int seconds);
     // Any duration, such as what remains of a phase's limit.
     void setTimeLimit(SearchClock::Clock::duration limit) { timeLimit = limit; }

@@ -28,7 +28,7 @@ long long HeuristicAutoAnnealing::getLastObjective(int objective) const {
 }
 
 unsigned long long HeuristicAutoAnnealing::estimateIterationNumber() const {
-    if (iterationLimit < static_cast<unsigned long long>(KernelConstants::NO_ITERATION_LIMIT)) return iterationLimit;
+    if (iterationLimit < static_cast<unsigned long long>(QXLimits::NO_ITERATION_LIMIT)) return iterationLimit;
     // The speed so far, over the time elapsed plus a second, times the limit.
     typedef std::chrono::duration<double> Seconds;
     double elapsed = std::chrono::duration_cast<Seconds>(clock.lastElapsed()).count();

@@ -1,18 +1,18 @@
 #include "solver/kernel/searchparams.h"
 
 const AdvancedParamInfo ADVANCED_PARAMS[NB_ADVANCED_PARAMS] = {
-    {"targetingLevel", 5, 0, 10, "chance, in tenths, that a move starts from a variable improving the objective"},
-    {"neighborhoodSize", 8, 0, 15, "largest size of the k-moves; 0 leaves single random flips only"},
-    {"moveExplorationEnabled", 1, 0, 1, "1: the move filter regularly hands weight to random moves"},
-    {"kFlipEnabled", 1, 0, 1, "1: flips of k free variables"},
-    {"kSwapEnabled", 1, 0, 1, "1: flips paired with an opposite flip in the same sum"},
-    {"kBalanceEnabled", 1, 0, 1, "1: paired flips that keep equalities balanced"},
-    {"kPathEnabled", 1, 0, 1, "1: chains of flips from the objective across constrained sums"},
-    {"kCycleEnabled", 1, 0, 1, "1: chains of flips that close on their first sum, and block reversals of sequences"},
-    {"k2ForkCycleEnabled", 1, 0, 1, "1: cycles whose first flip is cancelled by two branches"},
-    {"k3ForkCycleEnabled", 1, 0, 1, "1: cycles whose first flip is cancelled by three branches"},
-    {"k2ForkPathEnabled", 1, 0, 1, "1: paths whose first flip is cancelled by two branches"},
-    {"k3ForkPathEnabled", 1, 0, 1, "1: paths whose first flip is cancelled by three branches"},
+    {"targetingLevel", 5, 0, 10, true, "chance, in tenths, that a move starts from a variable improving the objective"},
+    {"neighborhoodSize", 8, 0, 15, false, "largest size of the k-moves; 0 leaves single random flips only"},
+    {"moveExplorationEnabled", 1, 0, 1, false, "1: the move filter regularly hands weight to random moves"},
+    {"kFlipEnabled", 1, 0, 1, false, "1: flips of k free variables"},
+    {"kSwapEnabled", 1, 0, 1, false, "1: flips paired with an opposite flip in the same sum"},
+    {"kBalanceEnabled", 1, 0, 1, false, "1: paired flips that keep equalities balanced"},
+    {"kPathEnabled", 1, 0, 1, false, "1: chains of flips from the objective across constrained sums"},
+    {"kCycleEnabled", 1, 0, 1, false, "1: chains of flips that close on their first sum, and block reversals of sequences"},
+    {"k2ForkCycleEnabled", 1, 0, 1, false, "1: cycles whose first flip is cancelled by two branches"},
+    {"k3ForkCycleEnabled", 1, 0, 1, false, "1: cycles whose first flip is cancelled by three branches"},
+    {"k2ForkPathEnabled", 1, 0, 1, false, "1: paths whose first flip is cancelled by two branches"},
+    {"k3ForkPathEnabled", 1, 0, 1, false, "1: paths whose first flip is cancelled by three branches"},
 };
 
 SearchParams::SearchParams() {

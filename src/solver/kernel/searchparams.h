@@ -28,6 +28,10 @@ struct AdvancedParamInfo {
     int defaultValue;
     int lowest;
     int highest;
+    // Outside the range: refused (the search cannot use the value), or read
+    // as the search always has (a size as the nearest end, a switch as on
+    // for anything but 0).
+    bool refusedOutside;
     const char* help;
 };
 
