@@ -10,6 +10,7 @@
 #include "api/qxmodel.h"
 #include "api/qxparam.h"
 #include "api/qxphase.h"
+#include "api/qxsolution.h"
 #include "api/quarrix.h"
 #include "modeler/context.h"
 #include "modeler/mnode.h"
@@ -116,6 +117,14 @@ void Launcher::runSolver() {
     if (verbosity > 0) std::cout << "Run solver..." << std::endl;
     solver->setDisplayCallback(&Launcher::display, this);
     solver->solve();
+
+    // The output section must be able to tell a feasible result from an
+    // infeasible one before printing it; the qx names are reserved, so this
+    // global cannot clash with a program's own.
+    static const char* const kStatusNames[] = {"Infeasible", "Feasible", "Optimal"};
+    QXSolutionStatus status = solver->getSolution()->getStatus();
+    context->setValue(program->getGlobalVariables()->autoCreateVariable("qxSolutionStatus"),
+                      Value(kStatusNames[static_cast<int>(status)]));
 }
 
 // A global that is defined and not void, or nullptr.

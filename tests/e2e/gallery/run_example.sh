@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Runs one gallery case: run_example.sh QUARRIX ROOT DIR NAME
+#
+#   NAME.cmd     one line: the words after quarrix, as a user would type
+#                them in the project's root ROOT (the example and its options)
+#   NAME.checks  the lines of standard output that begin with "check: ",
+#                exactly: the example's own verdicts on the solution it found
+#                (recomputed from the solution's values, never printed as is)
+#
+# The solve runs on a time limit, so the values it reaches may differ from
+# run to run: the verdicts are compared, the values are shown on failure.
+set -u
+quarrix=$1 root=$2 dir=$3 name=$4
+
+read -r -a words < "$dir/$name.cmd"
+out=$(mktemp) err=$(mktemp)
+trap 'rm -f "$out" "$err"' EXIT
+cd "$root"
+timeout 100 "$quarrix" "${words[@]}" > "$out" 2> "$err"
+status=$?
+
+fail=0
+if [ "$status" != 0 ]; then echo "exit status: expected 0, got $status"; fail=1; fi
+if [ -s "$err" ]; then echo "standard error:"; cat "$err"; fail=1; fi
+verdicts() { if [ -n "${QUARRIX_FEASIBILITY_ONLY:-}" ]; then grep -v 'of best known'; else cat; fi; }
+if ! grep '^check: ' "$out" | verdicts | diff -u <(verdicts < "$dir/$name.checks") - ; then fail=1; fi
+if [ "$fail" != 0 ]; then echo "standard output:"; cat "$out"; fi
+exit $fail

@@ -1,0 +1,1 @@
+examples/tardiness.qxm instance=3 qxTimeLimit=2 qxNbThreads=1 qxSeed=1 qxVerbosity=0
