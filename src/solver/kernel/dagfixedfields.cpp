@@ -1,5 +1,6 @@
 #include "solver/kernel/dagfixedfields.h"
 
+#include "solver/kernel/keptscores.h"
 #include "solver/kernel/nodetypeutils.h"
 #include "solver/kernel/temporarydagfixedfields.h"
 
@@ -14,6 +15,7 @@ void DagFixedFields::init(const TemporaryDagFixedFields& t) {
     initDomains(t);
     initCoefficients(t);
     initParents(t);
+    kept = std::make_shared<const KeptScoresFixed>(*this);
 }
 
 void DagFixedFields::initGlobal(const TemporaryDagFixedFields& t) {

@@ -3,8 +3,10 @@
 #include "solver/kernel/kernelconstants.h"
 #include "solver/kernel/nodetype.h"
 
+#include <memory>
 #include <vector>
 
+class KeptScoresFixed;
 class TemporaryDagFixedFields;
 
 // The immutable structure of the graph, shared read-only by every Dag and
@@ -84,6 +86,9 @@ public:
         return positionsInParent.data() + links[node].parentOffset;
     }
 
+    // The pseudo-Boolean part whose flips are scored without the graph.
+    const KeptScoresFixed& keptScores() const { return *kept; }
+
     // Position in the constraint list, NO_NODE when not a constraint.
     unsigned int posInConstraints(unsigned int node) const { return constraintPositions[node]; }
     const unsigned int* posInConstraintsData() const { return constraintPositions.data(); }
@@ -137,4 +142,6 @@ private:
 
     std::vector<unsigned int> parentNodes;
     std::vector<unsigned int> positionsInParent;
+
+    std::shared_ptr<const KeptScoresFixed> kept;
 };

@@ -21,6 +21,18 @@ void Propagation::init(Dag& dag) {
     initializePriorities(dag);
     initializeImpacted(dag);
     initializeViolatedConstraintsCost(dag);
+    setKeptScoresEnabled(dag, keptEnabled);
+}
+
+void Propagation::setKeptScoresEnabled(Dag& dag, bool enabled) {
+    keptEnabled = enabled;
+    const DagFixedFields& fixed = dag.getFixedFields();
+    if (!enabled || fixed.keptScores().isEmpty()) {
+        kept.reset();
+        return;
+    }
+    if (!kept) kept = std::make_unique<KeptScores>(fixed.keptScores(), fixed.nbBooleans());
+    kept->reset(dag);
 }
 
 void Propagation::initializeConstraints(Dag& dag) {
@@ -160,6 +172,11 @@ bool Propagation::evalNode(Dag& dag, unsigned int node) {
 // popped from its heap is complete. A move thus costs the nodes it touches,
 // however deep the graph.
 bool Propagation::eval(Dag& dag) {
+    if (kept && kept->covers(dag, modifiedVariables)) {
+        keptEvaluated = true;
+        ++nbKeptEvaluations;
+        return kept->eval(dag, *this, modifiedVariables);
+    }
     // A node that cannot be evaluated (a division by zero, the square root
     // of a negative number) refuses the move like a broken constraint: the
     // caller rolls back, and the search goes on.
@@ -194,6 +211,15 @@ bool Propagation::evalScheduled(Dag& dag) {
 // high levels first; a node's commit reads only its own state and its
 // children's new values, so the exact order does not matter.
 void Propagation::commit(Dag& dag) {
+    if (keptEvaluated) {
+        // The graph catches up: from the move's start, as if never evaluated.
+        keptEvaluated = false;
+        kept->clearRoots(dag);
+        tViolatedConstraintsCost = violatedConstraintsCost;
+        evalViolatedConstraints.clearIn();
+        evalScheduled(dag);
+    }
+    const bool keptFollowed = !kept || kept->commit(dag, modifiedVariables);
     satisfiedByLastCommit.clear();
     auto commitNode = [&](unsigned int node) {
         commitConstraint(dag, node);
@@ -208,6 +234,7 @@ void Propagation::commit(Dag& dag) {
         }
     }
     for (unsigned int node : queue) commitNode(node);
+    if (!keptFollowed) kept->reset(dag);
     notifyCommitListeners();
     endMove();
     if (tViolatedConstraintsCost == 0 && activeConstraints.sizeOut() != 0) activateAllConstraints();
@@ -216,6 +243,10 @@ void Propagation::commit(Dag& dag) {
 }
 
 void Propagation::rollback(Dag& dag) {
+    if (keptEvaluated) {
+        keptEvaluated = false;
+        kept->clearRoots(dag);
+    }
     auto rollbackNode = [&](unsigned int node) {
         dag.clearModified(node);
         dag.getNode(node)->rollback(dag, node);

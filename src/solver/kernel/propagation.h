@@ -1,7 +1,9 @@
 #pragma once
 
 #include "solver/kernel/bipartition.h"
+#include "solver/kernel/keptscores.h"
 
+#include <memory>
 #include <vector>
 
 class Dag;
@@ -17,6 +19,11 @@ class DagListener;
 // constraint stops before the objective part is touched. No allocation
 // happens in a move: every list is reserved at init.
 //
+// A move that flips only booleans of the graph's pseudo-Boolean part is
+// evaluated from kept scores (KeptScores) instead of through the graph; the
+// graph catches up when such a move is committed. The verdicts and values
+// that the caller reads are the same either way.
+//
 // Active constraints are hard: eval returns false when one becomes 0.
 // Inactive ones are soft and costed; once the cost reaches 0 at a commit
 // every constraint becomes active.
@@ -26,6 +33,9 @@ public:
     virtual ~Propagation() = default;
 
     void init(Dag& dag);
+    // On by default; switching on computes the scores from scratch.
+    void setKeptScoresEnabled(Dag& dag, bool enabled);
+    const KeptScores* getKeptScores() const { return kept.get(); }
 
     // Sets a variable's new value for this move; ignored when equal to the
     // committed value or when the variable was already changed in the move.
@@ -67,11 +77,15 @@ public:
     unsigned int getPriority(unsigned int node) const { return priorities[node]; }
     // Node evaluations since init, for statistics and benchmarks.
     unsigned long long getNbEvaluatedNodes() const { return nbEvaluatedNodes; }
+    // Moves evaluated from the kept scores since init.
+    unsigned long long getNbKeptEvaluations() const { return nbKeptEvaluations; }
 
     // Throws KernelException when the constraint sets are incoherent.
     void check(const Dag& dag) const;
 
 private:
+    friend class KeptScores;
+
     bool evalScheduled(Dag& dag);
     void initializeConstraints(Dag& dag);
     void initializePriorities(Dag& dag);
@@ -105,6 +119,11 @@ private:
     std::vector<unsigned int> priorities;
     std::vector<DagListener*> listeners;
     unsigned long long nbEvaluatedNodes = 0;
+    unsigned long long nbKeptEvaluations = 0;
+    std::unique_ptr<KeptScores> kept;
+    bool keptEnabled = true;
+    // The move under way was evaluated from the kept scores.
+    bool keptEvaluated = false;
 
     // Per node, level * 4 + priority class: the index of its impacted list,
     // one read when a node is scheduled.

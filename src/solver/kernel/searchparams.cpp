@@ -13,6 +13,7 @@ const AdvancedParamInfo ADVANCED_PARAMS[NB_ADVANCED_PARAMS] = {
     {"k3ForkCycleEnabled", 1, 0, 1, false, "1: cycles whose first flip is cancelled by three branches"},
     {"k2ForkPathEnabled", 1, 0, 1, false, "1: paths whose first flip is cancelled by two branches"},
     {"k3ForkPathEnabled", 1, 0, 1, false, "1: paths whose first flip is cancelled by three branches"},
+    {"keptScoresEnabled", 1, 0, 1, false, "1: flips of booleans in sums of booleans and pairs are scored without the graph"},
 };
 
 SearchParams::SearchParams() {

@@ -20,6 +20,7 @@ enum AdvancedParam : unsigned int {
     K3ForkCycleEnabled,
     K2ForkPathEnabled,
     K3ForkPathEnabled,
+    KeptScoresEnabled,
     NB_ADVANCED_PARAMS
 };
 

@@ -11,15 +11,14 @@ long long NodeComparison::excess(long long x, long long y, long long margin) {
     return d > MAX ? MAX : static_cast<long long>(d);
 }
 
-template <NodeType T>
-long long NodeComparisonTemplate<T>::violation(long long a, long long b) const {
-    switch (T) {
+long long NodeComparison::violationOf(NodeType type, long long a, long long b) {
+    switch (type) {
         case Lt: return excess(a, b, 1);
         case Leq: return excess(a, b, 0);
         case Gt: return excess(b, a, 1);
         case Geq: return excess(b, a, 0);
         case Eq: return excess(a, b, 0) + excess(b, a, 0);
-        default: return NodeComparison::violation(a, b);
+        default: return a != b ? 0 : 1;
     }
 }
 

@@ -10,6 +10,20 @@ class NodeComparison : public NodeInner {
 public:
     virtual bool compare(long long a, long long b) const = 0;
 
+    // The relation and the violation measure of each comparison kind, for
+    // the nodes and for whoever evaluates a comparison without its node.
+    static bool holds(NodeType type, long long a, long long b) {
+        switch (type) {
+            case Lt: return a < b;
+            case Leq: return a <= b;
+            case Gt: return a > b;
+            case Geq: return a >= b;
+            case Eq: return a == b;
+            default: return a != b;
+        }
+    }
+    static long long violationOf(NodeType type, long long a, long long b);
+
     long long computeValue(const Dag& dag, unsigned int node) const override {
         return compare(child(dag, dag.currentValuesData(), node, 0), child(dag, dag.currentValuesData(), node, 1)) ? 1 : 0;
     }
@@ -52,16 +66,7 @@ protected:
 template <NodeType T>
 class NodeComparisonTemplate : public NodeComparison {
 public:
-    bool compare(long long a, long long b) const override {
-        switch (T) {
-            case Lt: return a < b;
-            case Leq: return a <= b;
-            case Gt: return a > b;
-            case Geq: return a >= b;
-            case Eq: return a == b;
-            default: return a != b;
-        }
-    }
+    bool compare(long long a, long long b) const override { return holds(T, a, b); }
     bool findIncreasingBoolean(const Dag& dag, Quickrand& rand, unsigned int& boolean,
                                unsigned int node) const override;
     bool findDecreasingBoolean(const Dag& dag, Quickrand& rand, unsigned int& boolean,
@@ -70,7 +75,7 @@ public:
     static void computeBounds(const TemporaryDagFixedFields& t, unsigned int node, long long& min, long long& max);
 
 protected:
-    long long violation(long long a, long long b) const override;
+    long long violation(long long a, long long b) const override { return violationOf(T, a, b); }
 };
 
 using NodeLt = NodeComparisonTemplate<Lt>;

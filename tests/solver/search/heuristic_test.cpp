@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <random>
 #include <sstream>
 
 namespace {
@@ -277,4 +278,45 @@ TEST(MoveFilterTest, ShiftsWeightToSuccessfulMovesKeepingTheTotal) {
     EXPECT_GT(winner->getUtilRate(), winnerBefore);
     filter.explore();
     EXPECT_EQ(filter.sumWeights(), total);
+}
+
+// The kept scores change how a move is evaluated, never its verdict: the
+// same seed and iteration limit give the same search with them on or off,
+// on a quadratic model (max-cut of a random graph) and on the knapsack.
+TEST(HeuristicTest, KeptScoresLeaveTheSearchUnchanged) {
+    TestGraph maxCut;
+    {
+        std::mt19937 random(5);
+        std::vector<unsigned int> x, cuts;
+        for (int i = 0; i < 40; ++i) x.push_back(maxCut.boolean());
+        for (unsigned int u = 0; u < x.size(); ++u)
+            for (unsigned int v = u + 1; v < x.size(); ++v)
+                if (random() % 5 == 0) cuts.push_back(maxCut.add(Neq, {x[u], x[v]}));
+        maxCut.objective(maxCut.add(Sum, cuts), Maximize);
+        maxCut.close();
+    }
+    SearchModels::Knapsack knapsack(WEIGHTS, VALUES, CAPACITY);
+    for (TestGraph* g : {&maxCut, &knapsack.g}) {
+        std::vector<long long> results[2];
+        for (int enabled = 0; enabled <= 1; ++enabled) {
+            std::unique_ptr<Dag> dag = g->makeDag();
+            AutonomousFixedFields autonomous(g->fixed);
+            SearchParams params;
+            params.set(KeptScoresEnabled, enabled);
+            ThreadEnv env(params, dag.get(), &autonomous, 11);
+            Heuristic& h = *env.getHeuristic();
+            h.setIterationLimit(20000);
+            h.run();
+            results[enabled] = h.getBestSolution().getVariableValues();
+            results[enabled].push_back(static_cast<long long>(h.getNbAccepted()));
+            results[enabled].push_back(static_cast<long long>(h.getNbImprovements()));
+            results[enabled].push_back(static_cast<long long>(dag->getPropagation().getNbKeptEvaluations()));
+        }
+        // Every move of these models is evaluated from the scores when on.
+        EXPECT_EQ(results[0].back(), 0);
+        EXPECT_GT(results[1].back(), 10000);
+        results[0].pop_back();
+        results[1].pop_back();
+        EXPECT_EQ(results[0], results[1]);
+    }
 }

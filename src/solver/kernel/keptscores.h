@@ -1,0 +1,127 @@
+#pragma once
+
+#include "solver/kernel/nodetype.h"
+
+#include <vector>
+
+class Dag;
+class DagFixedFields;
+class Propagation;
+
+// The pseudo-Boolean part of a graph, found once and shared by the threads.
+//
+// A root is an objective that sums (with coefficients) booleans and terms of
+// two booleans (and, or, xor, product, a comparison) or of one (not); a row
+// is a constraint comparing a sum of booleans with a constant. Nothing else
+// may read those nodes. A boolean whose every parent belongs to roots and
+// rows is "scored": a move flipping only scored booleans changes nothing but
+// roots and rows, and its effect can be computed from the kept flip gains
+// and the rows' sums without going through the graph.
+class KeptScoresFixed {
+public:
+    explicit KeptScoresFixed(const DagFixedFields& fixed);
+
+    struct Root {
+        unsigned int node;
+        unsigned int objective;
+    };
+    struct Row {
+        unsigned int node;       // the comparison
+        unsigned int sum;        // its sum of booleans
+        unsigned int position;   // in the constraint list
+        long long constant;
+        NodeType type;
+        bool sumFirst;           // the sum is the comparison's first child
+    };
+    // Of a boolean u in a term with another boolean w: table bit 2*u + w is
+    // the term's value.
+    struct Pair {
+        unsigned int other;
+        unsigned int root;
+        long long coefficient;
+        unsigned int table;
+    };
+    struct Linear {
+        unsigned int root;
+        long long coefficient;
+    };
+    struct RowEntry {
+        unsigned int row;
+        long long coefficient;
+    };
+
+    bool isEmpty() const { return roots.empty() && rows.empty(); }
+    unsigned int nbRoots() const { return static_cast<unsigned int>(roots.size()); }
+    const std::vector<Root>& getRoots() const { return roots; }
+    const std::vector<Row>& getRows() const { return rows; }
+    // By boolean (variable index).
+    bool isScored(unsigned int boolean) const { return boolean < scored.size() && scored[boolean] != 0; }
+    const Pair* pairsBegin(unsigned int b) const { return pairs.data() + pairOffsets[b]; }
+    const Pair* pairsEnd(unsigned int b) const { return pairs.data() + pairOffsets[b + 1]; }
+    const Linear* linearsBegin(unsigned int b) const { return linears.data() + linearOffsets[b]; }
+    const Linear* linearsEnd(unsigned int b) const { return linears.data() + linearOffsets[b + 1]; }
+    const RowEntry* rowsBegin(unsigned int b) const { return rowEntries.data() + rowOffsets[b]; }
+    const RowEntry* rowsEnd(unsigned int b) const { return rowEntries.data() + rowOffsets[b + 1]; }
+    // Whether the boolean appears in a root or a row at all.
+    bool isKept(unsigned int b) const {
+        return pairOffsets[b] != pairOffsets[b + 1] || linearOffsets[b] != linearOffsets[b + 1] ||
+               rowOffsets[b] != rowOffsets[b + 1];
+    }
+
+    static bool bit(unsigned int table, long long u, long long w) { return (table >> (2 * u + w)) & 1u; }
+
+private:
+    bool addRoot(const DagFixedFields& fixed, unsigned int node, unsigned int objective,
+                 std::vector<unsigned char>& covered);
+    bool addRow(const DagFixedFields& fixed, unsigned int node, std::vector<unsigned char>& covered);
+    void collectEntries(const DagFixedFields& fixed);
+
+    std::vector<Root> roots;
+    std::vector<Row> rows;
+    std::vector<unsigned char> scored;
+    std::vector<unsigned int> pairOffsets, linearOffsets, rowOffsets;
+    std::vector<Pair> pairs;
+    std::vector<Linear> linears;
+    std::vector<RowEntry> rowEntries;
+};
+
+// One thread's kept scores: per scored-structure boolean and root, the
+// change of the root that flipping the boolean alone would make, kept exact
+// at every commit at a cost proportional to the terms the flips touch.
+class KeptScores {
+public:
+    KeptScores(const KeptScoresFixed& fixed, unsigned int nbBooleans);
+
+    // From the committed values, from scratch.
+    void reset(const Dag& dag);
+    // Every modified variable a scored boolean that flips.
+    bool covers(const Dag& dag, const std::vector<unsigned int>& modified) const;
+    // The move's effect on the roots (their new values) and on the rows
+    // (costs, the evaluated violations, refusal on a broken active row), as
+    // the graph would compute it. False when an active row breaks.
+    bool eval(Dag& dag, Propagation& propagation, const std::vector<unsigned int>& modified);
+    // Gives the roots their committed value as new value again.
+    void clearRoots(Dag& dag);
+    // Before the graph commits the move: the gains follow the flipped
+    // booleans. False when a kept boolean leaves 0 and 1: the scores are
+    // then unusable until reset() finds every kept boolean back in them.
+    bool commit(const Dag& dag, const std::vector<unsigned int>& modified);
+
+    long long gain(unsigned int boolean, unsigned int root) const {
+        return gains[static_cast<std::size_t>(boolean) * nbRoots + root];
+    }
+    // The gain from the committed values, from scratch.
+    long long computeGain(const Dag& dag, unsigned int boolean, unsigned int root) const;
+
+private:
+    const KeptScoresFixed& fixed;
+    unsigned int nbRoots;
+    std::vector<long long> gains;
+    bool usable = false;
+    // Scratch of one move, cleared before it ends.
+    std::vector<long long> deltas;
+    std::vector<long long> rowShifts;
+    std::vector<unsigned char> rowMarks;
+    std::vector<unsigned int> touchedRows;
+    std::vector<unsigned char> pending;
+};
