@@ -197,6 +197,17 @@ void KeptScoresFixed::collectEntries(const DagFixedFields& fixed) {
             rowEntries.resize(rowOffsets[nbBooleans]);
         }
     }
+    for (unsigned int b = 0; b < nbBooleans; ++b)
+        std::sort(pairs.begin() + pairOffsets[b], pairs.begin() + pairOffsets[b + 1],
+                  [](const Pair& x, const Pair& y) { return x.other < y.other; });
+    pairOthers.resize(pairs.size());
+    for (std::size_t i = 0; i < pairs.size(); ++i) pairOthers[i] = fixed.variableIndex(pairs[i].other);
+    signatures.assign(static_cast<std::size_t>(nbBooleans) * SIGNATURE_WORDS, 0);
+    for (unsigned int b = 0; b < nbBooleans; ++b)
+        for (unsigned int i = pairOffsets[b]; i < pairOffsets[b + 1]; ++i) {
+            unsigned int h = signatureBit(pairOthers[i]);
+            signatures[static_cast<std::size_t>(b) * SIGNATURE_WORDS + (h >> 6)] |= 1ULL << (h & 63);
+        }
 }
 
 KeptScores::KeptScores(const KeptScoresFixed& fixed, unsigned int nbBooleans)
@@ -206,7 +217,8 @@ KeptScores::KeptScores(const KeptScoresFixed& fixed, unsigned int nbBooleans)
       deltas(fixed.nbRoots(), 0),
       rowShifts(fixed.getRows().size(), 0),
       rowMarks(fixed.getRows().size(), 0),
-      pending(nbBooleans, 0) {
+      pending(nbBooleans, 0),
+      moveRanks(nbBooleans, NONE) {
     touchedRows.reserve(fixed.getRows().size());
 }
 
@@ -255,23 +267,43 @@ bool KeptScores::eval(Dag& dag, Propagation& propagation, const std::vector<unsi
     std::fill(deltas.begin(), deltas.end(), 0);
     // Wrapping sums: the parts may overflow, the total does not.
     unsigned long long* delta = reinterpret_cast<unsigned long long*>(deltas.data());
-    const bool several = modified.size() > 1;
-    for (unsigned int u : modified) {
+    const std::size_t count = modified.size();
+    if (count > 1)
+        for (std::size_t i = 0; i < count; ++i) moveRanks[f.variableIndex(modified[i])] = static_cast<unsigned int>(i);
+    for (std::size_t i = 0; i < count; ++i) {
+        const unsigned int u = modified[i];
         unsigned int b = f.variableIndex(u);
         const long long* gain = &gains[static_cast<std::size_t>(b) * nbRoots];
         for (unsigned int r = 0; r < nbRoots; ++r) delta[r] += static_cast<unsigned long long>(gain[r]);
         long long xu = dag.currentValue(u);
-        if (several) {
-            // A term of two flipped booleans: what the gains miss.
-            for (const KeptScoresFixed::Pair* e = fixed.pairsBegin(b); e != fixed.pairsEnd(b); ++e) {
-                unsigned int w = e->other;
-                if (w < u || !dag.isModified(w)) continue;
-                long long xw = dag.currentValue(w);
-                int both = static_cast<int>(KeptScoresFixed::bit(e->table, 1 - xu, 1 - xw)) -
-                           static_cast<int>(KeptScoresFixed::bit(e->table, 1 - xu, xw)) -
-                           static_cast<int>(KeptScoresFixed::bit(e->table, xu, 1 - xw)) +
-                           static_cast<int>(KeptScoresFixed::bit(e->table, xu, xw));
-                delta[e->root] += times(both, e->coefficient);
+        if (count > 1 && fixed.pairsBegin(b) != fixed.pairsEnd(b)) {
+            // Terms of two flipped booleans: what the gains miss, each taken
+            // from the one flipped first. A boolean with many terms looks the
+            // later flipped ones up among them (sorted by the other boolean);
+            // one with few scans them.
+            const KeptScoresFixed::Pair* pairs = fixed.pairsBegin(b);
+            const unsigned int* others = fixed.othersBegin(b);
+            const unsigned int* othersEnd = fixed.othersEnd(b);
+            auto correct = [&](const KeptScoresFixed::Pair& e) {
+                long long xw = dag.currentValue(e.other);
+                int both = static_cast<int>(KeptScoresFixed::bit(e.table, 1 - xu, 1 - xw)) -
+                           static_cast<int>(KeptScoresFixed::bit(e.table, 1 - xu, xw)) -
+                           static_cast<int>(KeptScoresFixed::bit(e.table, xu, 1 - xw)) +
+                           static_cast<int>(KeptScoresFixed::bit(e.table, xu, xw));
+                delta[e.root] += times(both, e.coefficient);
+            };
+            if (static_cast<std::size_t>(othersEnd - others) > 4 * count) {
+                for (std::size_t j = i + 1; j < count; ++j) {
+                    unsigned int w = f.variableIndex(modified[j]);
+                    if (!fixed.mayPair(b, w)) continue;
+                    for (const unsigned int* o = std::lower_bound(others, othersEnd, w); o != othersEnd && *o == w; ++o)
+                        correct(pairs[o - others]);
+                }
+            } else {
+                for (const unsigned int* o = others; o != othersEnd; ++o) {
+                    unsigned int rank = moveRanks[*o];
+                    if (rank != NONE && rank > i) correct(pairs[o - others]);
+                }
             }
         }
         const long long sign = xu == 0 ? 1 : -1;
@@ -307,6 +339,8 @@ bool KeptScores::eval(Dag& dag, Propagation& propagation, const std::vector<unsi
             propagation.evalViolatedConstraints.setIn(r.position);
     }
     touchedRows.clear();
+    if (count > 1)
+        for (unsigned int u : modified) moveRanks[f.variableIndex(u)] = NONE;
     if (!holds) return false;
     for (unsigned int r = 0; r < nbRoots; ++r) {
         unsigned int node = fixed.getRoots()[r].node;

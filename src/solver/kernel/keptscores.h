@@ -34,7 +34,7 @@ public:
         bool sumFirst;           // the sum is the comparison's first child
     };
     // Of a boolean u in a term with another boolean w: table bit 2*u + w is
-    // the term's value.
+    // the term's value. A boolean's pairs are sorted by the other boolean.
     struct Pair {
         unsigned int other;
         unsigned int root;
@@ -58,6 +58,17 @@ public:
     bool isScored(unsigned int boolean) const { return boolean < scored.size() && scored[boolean] != 0; }
     const Pair* pairsBegin(unsigned int b) const { return pairs.data() + pairOffsets[b]; }
     const Pair* pairsEnd(unsigned int b) const { return pairs.data() + pairOffsets[b + 1]; }
+    // The other booleans of those pairs alone (variable indices), in the
+    // same order: what a move scans or searches.
+    const unsigned int* othersBegin(unsigned int b) const { return pairOthers.data() + pairOffsets[b]; }
+    const unsigned int* othersEnd(unsigned int b) const { return pairOthers.data() + pairOffsets[b + 1]; }
+    // False when the boolean has no pair with that node; true when it may:
+    // a bit per hashed other boolean, so that the search for a pair between
+    // two random booleans of a sparse model is mostly skipped.
+    bool mayPair(unsigned int b, unsigned int other) const {
+        unsigned int h = signatureBit(other);
+        return (signatures[static_cast<std::size_t>(b) * SIGNATURE_WORDS + (h >> 6)] >> (h & 63)) & 1u;
+    }
     const Linear* linearsBegin(unsigned int b) const { return linears.data() + linearOffsets[b]; }
     const Linear* linearsEnd(unsigned int b) const { return linears.data() + linearOffsets[b + 1]; }
     const RowEntry* rowsBegin(unsigned int b) const { return rowEntries.data() + rowOffsets[b]; }
@@ -71,6 +82,12 @@ public:
     static bool bit(unsigned int table, long long u, long long w) { return (table >> (2 * u + w)) & 1u; }
 
 private:
+    static constexpr unsigned int SIGNATURE_WORDS = 4;
+    static unsigned int signatureBit(unsigned int node) { return (node * 2654435761u) >> 24; }
+
+public:
+
+private:
     bool addRoot(const DagFixedFields& fixed, unsigned int node, unsigned int objective,
                  std::vector<unsigned char>& covered);
     bool addRow(const DagFixedFields& fixed, unsigned int node, std::vector<unsigned char>& covered);
@@ -81,6 +98,8 @@ private:
     std::vector<unsigned char> scored;
     std::vector<unsigned int> pairOffsets, linearOffsets, rowOffsets;
     std::vector<Pair> pairs;
+    std::vector<unsigned int> pairOthers;
+    std::vector<unsigned long long> signatures;  // SIGNATURE_WORDS per boolean
     std::vector<Linear> linears;
     std::vector<RowEntry> rowEntries;
 };
@@ -124,4 +143,6 @@ private:
     std::vector<unsigned char> rowMarks;
     std::vector<unsigned int> touchedRows;
     std::vector<unsigned char> pending;
+    // During eval, each flipped boolean's place in the move; NO_NODE else.
+    std::vector<unsigned int> moveRanks;
 };

@@ -129,8 +129,15 @@ void Propagation::modifyVariable(Dag& dag, unsigned int node, long long value) {
     if (value == dag.currentValue(node) || dag.isModified(node)) return;
     dag.setNewValue(node, value);
     dag.setModified(node);
-    schedule(node);
     modifiedVariables.push_back(node);
+}
+
+// The variables enter the graph's lists only when the graph evaluates the
+// move: a move judged from the kept scores and refused never does.
+void Propagation::scheduleVariables() {
+    if (variablesScheduled) return;
+    variablesScheduled = true;
+    for (unsigned int node : modifiedVariables) schedule(node);
 }
 
 void Propagation::notifyImpactedNodes(Dag& dag, unsigned int node) {
@@ -180,6 +187,7 @@ bool Propagation::eval(Dag& dag) {
     // A node that cannot be evaluated (a division by zero, the square root
     // of a negative number) refuses the move like a broken constraint: the
     // caller rolls back, and the search goes on.
+    scheduleVariables();
     try {
         return evalScheduled(dag);
     } catch (const KernelException&) {
@@ -217,6 +225,7 @@ void Propagation::commit(Dag& dag) {
         kept->clearRoots(dag);
         tViolatedConstraintsCost = violatedConstraintsCost;
         evalViolatedConstraints.clearIn();
+        scheduleVariables();
         evalScheduled(dag);
     }
     const bool keptFollowed = !kept || kept->commit(dag, modifiedVariables);
@@ -247,6 +256,17 @@ void Propagation::rollback(Dag& dag) {
         keptEvaluated = false;
         kept->clearRoots(dag);
     }
+    if (!variablesScheduled) {
+        for (unsigned int node : modifiedVariables) {
+            dag.clearModified(node);
+            dag.getNode(node)->rollback(dag, node);
+        }
+        modifiedVariables.clear();
+        evalViolatedConstraints.clearIn();
+        tViolatedConstraintsCost = violatedConstraintsCost;
+        tNbViolatedConstraints = nbViolatedConstraints;
+        return;
+    }
     auto rollbackNode = [&](unsigned int node) {
         dag.clearModified(node);
         dag.getNode(node)->rollback(dag, node);
@@ -265,6 +285,7 @@ void Propagation::rollback(Dag& dag) {
 }
 
 void Propagation::endMove() {
+    variablesScheduled = false;
     modifiedVariables.clear();
     evalViolatedConstraints.clearIn();
     queue.clear();

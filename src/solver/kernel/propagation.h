@@ -87,6 +87,7 @@ private:
     friend class KeptScores;
 
     bool evalScheduled(Dag& dag);
+    void scheduleVariables();
     void initializeConstraints(Dag& dag);
     void initializePriorities(Dag& dag);
     void initializeImpacted(Dag& dag);
@@ -124,6 +125,8 @@ private:
     bool keptEnabled = true;
     // The move under way was evaluated from the kept scores.
     bool keptEvaluated = false;
+    // The move's variables are in the graph's lists.
+    bool variablesScheduled = false;
 
     // Per node, level * 4 + priority class: the index of its impacted list,
     // one read when a node is scheduled.

@@ -81,7 +81,7 @@ struct RandomModel {
     void addRoot(ObjectiveDirection direction) {
         std::vector<unsigned int> childs;
         std::vector<long long> coefficients;
-        for (unsigned int t = 0, count = pick(1, 30); t < count; ++t) {
+        for (unsigned int t = 0, count = pick(1, 90); t < count; ++t) {
             unsigned int kind = pick(0, 9);
             if (kind < 3) {
                 childs.push_back(anyBoolean());
