@@ -134,7 +134,8 @@ bool Heuristic::isFinished() const {
 }
 
 MoveExitCode Heuristic::applyMove(Move* move) {
-    if (!move->modify()) {
+    moveBuilt = move->modify();
+    if (!moveBuilt) {
         move->update(MoveInfeasible);
         return MoveInfeasible;
     }

@@ -118,6 +118,8 @@ protected:
     // Advanced by isFinished(), on the search's thread only.
     mutable SearchClock clock;
     unsigned long long nbIterations = 0;
+    // Whether the last applyMove built its move.
+    bool moveBuilt = false;
     unsigned int bestSolutionTime = 0;
     unsigned long long bestSolutionIterations = 0;
     Solution bestSolution;

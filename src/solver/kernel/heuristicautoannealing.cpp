@@ -50,7 +50,8 @@ void HeuristicAutoAnnealing::iterate() {
 
     currentMove = drawMove();
     if (applyMove(currentMove) != MoveImproved) {
-        ++nbIterationsWithoutImprovement;
+        // A move that could not be built ends its iteration uncounted.
+        if (moveBuilt) ++nbIterationsWithoutImprovement;
         return;
     }
     ++nbWindowImprovements;

@@ -5,7 +5,7 @@
 #include <algorithm>
 
 void MoveFilter::heuristicStarted() {
-    lastFilteringIteration = static_cast<unsigned int>(heuristic->getNbIterations());
+    lastFilteringIteration = heuristic->getNbIterations();
     nextFilteringIteration = lastFilteringIteration + filteringPeriod;
     totalUtilRate = sumWeights();
 }
@@ -13,8 +13,8 @@ void MoveFilter::heuristicStarted() {
 void MoveFilter::iterate() {
     unsigned long long iterations = heuristic->getNbIterations();
     if (iterations < nextFilteringIteration) return;
-    lastFilteringIteration = static_cast<unsigned int>(iterations);
-    nextFilteringIteration = static_cast<unsigned int>(iterations) + filteringPeriod;
+    lastFilteringIteration = iterations;
+    nextFilteringIteration = iterations + filteringPeriod;
     adjustUtilRates();
     if (explorationEnabled) explore();
     heuristic->buildMovesArray();

@@ -36,8 +36,10 @@ public:
 private:
     Heuristic* heuristic;
     unsigned int filteringPeriod = 10000;
-    unsigned int lastFilteringIteration = 0;
-    unsigned int nextFilteringIteration = 10000;
+    // 64-bit like the iteration count: a phase may run beyond 2^32
+    // iterations, and the filter must keep its period there.
+    unsigned long long lastFilteringIteration = 0;
+    unsigned long long nextFilteringIteration = 10000;
     unsigned int totalUtilRate = 0;
     bool explorationEnabled = true;
     Quickrand quickrand;

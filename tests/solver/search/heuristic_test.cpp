@@ -320,3 +320,34 @@ TEST(HeuristicTest, KeptScoresLeaveTheSearchUnchanged) {
         EXPECT_EQ(results[0], results[1]);
     }
 }
+
+// Only the moves that were built count towards the plateau: iterations whose
+// move could not be built leave the annealing on, rejected moves end it.
+TEST(HeuristicTest, PlateauCountsOnlyBuiltMoves) {
+    struct Unbuildable : Move {
+        Unbuildable(Dag& dag, Quickrand& rand) : Move(dag, rand, "Unbuildable", 1) {}
+        bool modify() override { return false; }
+    };
+    struct Refused : Move {
+        Refused(Dag& dag, Quickrand& rand) : Move(dag, rand, "Refused", 1) {}
+        // Removing every item of a knapsack whose start is full lowers the
+        // value: refused without a window to anneal in.
+        bool modify() override {
+            for (unsigned int v : dag.getFixedFields().variables())
+                if (dag.currentValue(v) == 1) flip(v);
+            return true;
+        }
+    };
+    for (bool built : {false, true}) {
+        KnapsackSearch search(3);
+        auto* annealing = dynamic_cast<HeuristicAutoAnnealing*>(&search.h());
+        ASSERT_NE(annealing, nullptr);
+        annealing->clearMoves();
+        if (built) annealing->addMove(new Refused(*search.dag, annealing->getQuickrand()));
+        else annealing->addMove(new Unbuildable(*search.dag, annealing->getQuickrand()));
+        annealing->setPlateauLength(50);
+        annealing->setIterationLimit(200);
+        annealing->run();
+        EXPECT_EQ(annealing->isAnnealingEnabled(), !built) << (built ? "refused moves" : "unbuilt moves");
+    }
+}
