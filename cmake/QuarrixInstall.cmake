@@ -1,5 +1,5 @@
 # The installed layout:
-#   bin/quarrix                       the launcher
+#   bin/quarrix, bin/quarrix-lp       the launcher, the LP writer
 #   lib*/libquarrix.a or .so.2        the library (SONAME libquarrix.so.2)
 #   include/quarrix/*.h               the public API headers only
 #   lib*/cmake/Quarrix/               the package config for find_package(Quarrix)
@@ -18,7 +18,7 @@ set(QUARRIX_INSTALL_DOCDIR ${CMAKE_INSTALL_DATAROOTDIR}/doc/quarrix)
 
 # The headers a C++ program includes. The others of src/api/ (compiled
 # models, error texts, the kernel's exception) belong to the library.
-set(QUARRIX_PUBLIC_HEADERS quarrix.h qxexception.h qxexpression.h qxmodel.h
+set(QUARRIX_PUBLIC_HEADERS quarrix.h qxexception.h qxexpression.h qxlpwriter.h qxmodel.h
     qxoperator.h qxparam.h qxphase.h qxsolution.h qxstatistics.h qxversion.h)
 list(TRANSFORM QUARRIX_PUBLIC_HEADERS PREPEND ${PROJECT_SOURCE_DIR}/src/api/
      OUTPUT_VARIABLE public_header_paths)
@@ -27,13 +27,13 @@ set_target_properties(quarrix_lib PROPERTIES EXPORT_NAME quarrix)
 if(QUARRIX_SHARED)
   # Found beside the executable wherever the prefix is moved; harmless in /usr.
   file(RELATIVE_PATH lib_from_bin /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
-  set_target_properties(quarrix PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_from_bin}")
+  set_target_properties(quarrix quarrix_lp PROPERTIES INSTALL_RPATH "$ORIGIN/${lib_from_bin}")
 endif()
 install(TARGETS quarrix_lib EXPORT QuarrixTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(TARGETS quarrix RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS quarrix quarrix_lp RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES ${public_header_paths} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/quarrix)
 
 set(QUARRIX_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/Quarrix)

@@ -7,6 +7,9 @@
 #   scripts/setup.sh package    also pkg-config, for the tests that build the
 #                               C++ example against the installed package with
 #                               it (skipped without it)
+#   scripts/setup.sh lp         also the CBC MIP solver, for the tests that
+#                               solve written linear programs (skipped
+#                               without it) and for scripts/compare
 # Tools that only some tests need are installed only when asked for, so that
 # the plain set-up stays what every build needs.
 set -euo pipefail
@@ -20,7 +23,8 @@ packages=(
 for extra in "$@"; do
   case $extra in
     package) packages+=(pkg-config) ;;
-    *) echo "setup: unknown set '$extra' (known: package)" >&2; exit 1 ;;
+    lp) packages+=(coinor-cbc) ;;
+    *) echo "setup: unknown set '$extra' (known: package, lp)" >&2; exit 1 ;;
   esac
 done
 

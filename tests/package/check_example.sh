@@ -69,7 +69,7 @@ esac
 library=$(find "$prefix" -name 'libquarrix.*' | head -n 1)
 [ -n "$library" ] || fail "no libquarrix installed"
 libdir=$(dirname "$library")
-for f in bin/quarrix share/man/man1/quarrix.1.gz share/doc/quarrix/README.md \
+for f in bin/quarrix bin/quarrix-lp share/man/man1/quarrix.1.gz share/doc/quarrix/README.md \
          share/doc/quarrix/docs/language.md share/doc/quarrix/examples/knapsack.qxm \
          share/doc/quarrix/examples/cpp/knapsack.cpp share/vim/vimfiles/syntax/qxm.vim \
          share/vim/vimfiles/ftdetect/qxm.vim share/quarrix/editors/textmate/qxm.tmLanguage.json; do
@@ -78,7 +78,7 @@ done
 [ -f "$libdir/cmake/Quarrix/QuarrixConfig.cmake" ] || fail "no CMake package config"
 [ -f "$libdir/pkgconfig/quarrix.pc" ] || fail "no quarrix.pc"
 headers=$(cd "$prefix/include" && find . -type f | sort | tr '\n' ' ')
-expected=$(for h in quarrix qxexception qxexpression qxmodel qxoperator qxparam qxphase \
+expected=$(for h in quarrix qxexception qxexpression qxlpwriter qxmodel qxoperator qxparam qxphase \
     qxsolution qxstatistics qxversion; do echo "./quarrix/$h.h"; done | sort | tr '\n' ' ')
 [ "$headers" = "$expected" ] || fail "installed headers: $headers; expected: $expected"
 # Each public header compiles on its own with the installed ones only, so
