@@ -22,7 +22,7 @@ run_case() {
         echo "$name: cbc found no optimum"; tail -20 "$work/$name.cbc"; return 1
     fi
     local mip
-    mip=$(awk '/^Objective value:/ { printf "%.0f", $3 }' "$work/$name.cbc")
+    mip=$(awk '/^Objective value:/ { v = sprintf("%.0f", $3); print (v == "-0" ? "0" : v) }' "$work/$name.cbc")
     "$quarrix" "$program" "$@" qxTimeLimit=3 qxNbThreads=1 > "$work/$name.out" 2>&1
     local ours
     ours=$(sed -n "s/.*$pattern *\(-\{0,1\}[0-9][0-9]*\).*/\1/p" "$work/$name.out" | tail -n 1)
