@@ -2,6 +2,16 @@
 # Installs, from Debian's packages, whatever the build and the tests need and
 # is not there yet. Non-interactive and idempotent: when everything is present
 # it only asks dpkg and returns.
+#
+#   scripts/setup.sh            the build and the test suite
+#   scripts/setup.sh package    also pkg-config, for the tests that build the
+#                               C++ example against the installed package with
+#                               it (skipped without it)
+#   scripts/setup.sh lp         also the CBC MIP solver, for the tests that
+#                               solve written linear programs (skipped
+#                               without it) and for scripts/compare
+# Tools that only some tests need are installed only when asked for, so that
+# the plain set-up stays what every build needs.
 set -euo pipefail
 
 packages=(
@@ -10,6 +20,13 @@ packages=(
   libboost-dev libboost-thread-dev libboost-date-time-dev
   libgtest-dev libgmock-dev libbenchmark-dev
 )
+for extra in "$@"; do
+  case $extra in
+    package) packages+=(pkg-config) ;;
+    lp) packages+=(coinor-cbc) ;;
+    *) echo "setup: unknown set '$extra' (known: package, lp)" >&2; exit 1 ;;
+  esac
+done
 
 missing=()
 for p in "${packages[@]}"; do

@@ -1,11 +1,11 @@
 // A small knapsack built through the C++ API: choose items of the largest
 // total value whose total weight fits the capacity.
-#include "api/quarrix.h"
-#include "api/qxexception.h"
-#include "api/qxexpression.h"
-#include "api/qxmodel.h"
-#include "api/qxparam.h"
-#include "api/qxphase.h"
+#include <quarrix/quarrix.h>
+#include <quarrix/qxexception.h>
+#include <quarrix/qxexpression.h>
+#include <quarrix/qxmodel.h>
+#include <quarrix/qxparam.h>
+#include <quarrix/qxphase.h>
 
 #include <iostream>
 #include <vector>

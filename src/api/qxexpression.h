@@ -1,6 +1,6 @@
 #pragma once
 
-#include "api/qxoperator.h"
+#include "qxoperator.h"
 
 #include <cstdint>
 #include <string>

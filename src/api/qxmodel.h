@@ -1,6 +1,6 @@
 #pragma once
 
-#include "api/qxexpression.h"
+#include "qxexpression.h"
 
 #include <cstdint>
 #include <deque>

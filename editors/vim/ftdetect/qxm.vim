@@ -1,0 +1,2 @@
+" Quarrix modeling language: programs end in .qxm.
+autocmd BufNewFile,BufRead *.qxm setfiletype qxm
