@@ -10,6 +10,7 @@
 #include <exception>
 
 namespace {
+const char* const UNIT = "src/modeler/context";
 // Room left below the deepest user call for the statements and expressions
 // of one function body, whose nesting the parser bounds.
 const size_t kStackReserve = size_t(8) << 20;
@@ -44,8 +45,7 @@ void Context::enterCall(const std::string& functionName) {
         throw ModelerException("Function '" + functionName +
                                    "': more than " +
                                    std::to_string(kMaxCallDepth) +
-                                   " nested calls (recursion too deep).",
-                               __LINE__, "src/modeler/context", "enterCall");
+                                   " nested calls (recursion too deep).", QX_HERE);
     ++callDepth;
 }
 

@@ -24,7 +24,10 @@
 
 namespace {
 
-const char* const kSourceUnit = "src/modeler/launcher";
+const char* const UNIT = "src/modeler/launcher";
+// The errors of the reserved-variable reading carry line numbers that users'
+// scripts match on (QXWhere::contractLine): fixed by contract, they are not
+// the raising calls' source lines.
 
 // The 64-bit value of a reserved variable for a setter that takes 32 bits,
 // whose range lies inside the 32-bit one: a value beyond it becomes the
@@ -38,8 +41,8 @@ int saturated(int64_t value) {
 // one: a larger value is refused here, with a message in the setters' style.
 int atMostInt32(int64_t value, const std::string& argument) {
     if (value > INT32_MAX)
-        throw KernelException(kSourceUnit, __LINE__, "runSolver",
-                              "Argument " + argument + " cannot exceed " + std::to_string(INT32_MAX) + ".");
+        throw KernelException("Argument " + argument + " cannot exceed " + std::to_string(INT32_MAX) + ".",
+                              QX_WHERE(UNIT, "runSolver"));
     return saturated(value);
 }
 
@@ -141,9 +144,9 @@ int64_t Launcher::getSolverIntegerParameter(const std::string& name, int64_t def
     const Value* value = presentGlobal(program.get(), context.get(), name, holder);
     if (!value) return defaultValue;
     if (!value->isInt())
-        throw KernelException(kSourceUnit, 150, "getSolverIntegerParameter",
-                              "'" + name + "' parameter must be an integer. Type provided: " +
-                                  value->getType()->getName());
+        throw KernelException("'" + name + "' parameter must be an integer. Type provided: " +
+                                  value->getType()->getName(),
+                              QXWhere::contractLine(UNIT, 150, "getSolverIntegerParameter"));
     return value->asInt();
 }
 
@@ -152,9 +155,9 @@ bool Launcher::getSolverBooleanParameter(const std::string& name, bool defaultVa
     const Value* value = presentGlobal(program.get(), context.get(), name, holder);
     if (!value) return defaultValue;
     if (!value->isBool())
-        throw KernelException(kSourceUnit, 123, "getSolverBooleanParameter",
-                              "'" + name + "' parameter must be a boolean. Type provided: " +
-                                  value->getType()->getName());
+        throw KernelException("'" + name + "' parameter must be a boolean. Type provided: " +
+                                  value->getType()->getName(),
+                              QXWhere::contractLine(UNIT, 123, "getSolverBooleanParameter"));
     return value->castToBool();
 }
 
@@ -180,9 +183,9 @@ void Launcher::setAdvancedParams() {
         if (!key.isString() || !entry.isInt()) continue;
         const int64_t number = entry.asInt();
         if (number < INT32_MIN || number > INT32_MAX)
-            throw KernelException(kSourceUnit, __LINE__, "setAdvancedParams",
-                                  "Advanced parameter '" + key.asString() + "' must be an integer between " +
-                                      std::to_string(INT32_MIN) + " and " + std::to_string(INT32_MAX) + ".");
+            throw KernelException("Advanced parameter '" + key.asString() + "' must be an integer between " +
+                                      std::to_string(INT32_MIN) + " and " + std::to_string(INT32_MAX) + ".",
+                                  QX_HERE);
         solver->getParam()->setAdvancedParam(key.asString(), static_cast<int>(number));
     }
 }
@@ -199,14 +202,14 @@ void Launcher::extractMapParameter(const std::string& name, std::vector<int64_t>
         const Value& key = it.getKey();
         const Value& entry = it.getValue();
         if (!key.isInt() || !entry.isInt())
-            throw KernelException(kSourceUnit, 185, "extractMapParameter",
-                                  "Keys and values of map '" + name + "' must be integers.");
+            throw KernelException("Keys and values of map '" + name + "' must be integers.",
+                                  QXWhere::contractLine(UNIT, 185, "extractMapParameter"));
         int64_t k = key.asInt();
         if (k < 0 || k >= n)
-            throw KernelException(kSourceUnit, 190, "extractMapParameter",
-                                  std::to_string(k) +
+            throw KernelException(std::to_string(k) +
                                       " is not a valid objective index. Only indices from 0 to " +
-                                      std::to_string(n - 1) + " are allowed.");
+                                      std::to_string(n - 1) + " are allowed.",
+                                  QXWhere::contractLine(UNIT, 190, "extractMapParameter"));
         values[k] = entry.asInt();
     }
 }
@@ -221,8 +224,8 @@ void Launcher::createPhases() {
         return;
     }
     if (isIntegerParameter("qxTimeLimit") || isIntegerParameter("qxIterationLimit"))
-        throw KernelException(kSourceUnit, 249, "createPhases",
-                              "qxTimeLimit and qxIterationLimit must be maps or integers.");
+        throw KernelException("qxTimeLimit and qxIterationLimit must be maps or integers.",
+                              QXWhere::contractLine(UNIT, 249, "createPhases"));
     std::vector<int64_t> timeLimits, iterationLimits;
     extractMapParameter("qxTimeLimit", timeLimits);
     extractMapParameter("qxIterationLimit", iterationLimits);

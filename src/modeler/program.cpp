@@ -21,7 +21,7 @@ int yylex_destroy(yyscan_t scanner);
 YY_BUFFER_STATE yy_scan_bytes(const char* bytes, int length, yyscan_t scanner);
 
 namespace {
-const char* const kSource = "src/modeler/program";
+const char* const UNIT = "src/modeler/program";
 }
 
 Program::Program() {
@@ -70,16 +70,14 @@ void Program::addFunction(Function* function) {
     std::unique_ptr<Function> owned(function);
     const std::string& name = function->getName();
     if (functions.count(name))
-        throw ModelerException("Function '" + name + "' already defined.", __LINE__, kSource,
-                               "addFunction");
+        throw ModelerException("Function '" + name + "' already defined.", QX_HERE);
     functions.emplace(name, std::move(owned));
 }
 
 Function* Program::getFunction(const std::string& name) const {
     auto it = functions.find(name);
     if (it == functions.end())
-        throw ModelerException("Function '" + name + "' undefined.", __LINE__, kSource,
-                               "getFunction");
+        throw ModelerException("Function '" + name + "' undefined.", QX_HERE);
     return it->second.get();
 }
 

@@ -4,6 +4,10 @@
 #include "modeler/modelerexception.h"
 #include "modeler/mstatement.h"
 
+namespace {
+const char* const UNIT = "src/modeler/userfunction";
+}  // namespace
+
 UserFunction::UserFunction(const std::string& name, const std::vector<std::string>& parameters_,
                            MBlock* body_, VariableSet* globals)
     : Function(name), parameters(parameters_), body(body_), scope(globals->derivate(true)) {
@@ -13,8 +17,7 @@ UserFunction::UserFunction(const std::string& name, const std::vector<std::strin
 Value UserFunction::call(Context* context, std::vector<Value>& args) {
     if (args.size() != parameters.size())
         throw ModelerException("Function '" + getName() + "' is defined to take " +
-                                   std::to_string(parameters.size()) + " argument(s).",
-                               __LINE__, "src/modeler/userfunction", "call");
+                                   std::to_string(parameters.size()) + " argument(s).", QX_HERE);
     if (context->getCallDepth() == 0) {
         Value result;
         Context::runOnInterpreterStack([&] { result = callHere(context, args); });

@@ -11,7 +11,7 @@
 // Console and files.
 namespace {
 
-const char* const kSource = "src/modeler/lib/iolibrary";
+const char* const UNIT = "src/modeler/lib/iolibrary";
 const int kInput = (int)Section::input;
 const int kOutput = (int)Section::output;
 
@@ -29,8 +29,7 @@ VFile* readerFile(const std::vector<Value>& args, const char* function) {
     if (args[0].getType() != RefTypes::T_FILE)
         throw ModelerException(std::string("Function ") + function +
                                    " cannot handle argument of type " +
-                                   args[0].getType()->getName(),
-                               __LINE__, kSource, function);
+                                   args[0].getType()->getName(), QX_WHERE(UNIT, function));
     return static_cast<VFile*>(args[0].getReference());
 }
 
@@ -42,7 +41,7 @@ std::string consoleLine() {
         std::cout << "?" << std::flush;
         if (std::getline(std::cin, line)) return line;
         if (std::cin.eof())
-            throw ModelerException("End of file.", __LINE__, kSource, "readln");
+            throw ModelerException("End of file.", QX_WHERE(UNIT, "readln"));
         std::cin.clear();
     }
 }

@@ -7,7 +7,7 @@
 #include <cctype>
 
 namespace {
-const char* const kSource = "src/modeler/value/vfile";
+const char* const UNIT = "src/modeler/value/vfile";
 bool isBlank(int c) { return std::isspace(c) != 0; }
 }  // namespace
 
@@ -22,8 +22,7 @@ VFile::VFile(const std::string& name_, AccessMode mode_)
                                              : std::ios::out | std::ios::app;
     stream.open(name, how | std::ios::binary);
     if (!stream.is_open())
-        throw ModelerException("File '" + name + "' cannot be opened.", __LINE__, kSource,
-                               "VFile");
+        throw ModelerException("File '" + name + "' cannot be opened.", QX_HERE);
 }
 
 VFile::~VFile() { close(); }
@@ -34,14 +33,12 @@ void VFile::close() {
 
 void VFile::checkRead() const {
     if (mode != Read || !stream.is_open())
-        throw ModelerException("Cannot read from file '" + name + "'.", __LINE__, kSource,
-                               "checkRead");
+        throw ModelerException("Cannot read from file '" + name + "'.", QX_HERE);
 }
 
 void VFile::checkWrite() const {
     if (mode == Read || !stream.is_open())
-        throw ModelerException("Cannot write to file '" + name + "'.", __LINE__, kSource,
-                               "checkWrite");
+        throw ModelerException("Cannot write to file '" + name + "'.", QX_HERE);
 }
 
 void VFile::skipBlanks() {
@@ -61,7 +58,7 @@ std::string VFile::readString() {
     int c;
     while ((c = stream.peek()) != EOF && !isBlank(c)) token += (char)stream.get();
     if (token.empty())
-        throw ModelerException("End of file.", __LINE__, kSource, "readString");
+        throw ModelerException("End of file.", QX_HERE);
     return token;
 }
 
@@ -70,8 +67,7 @@ qxint VFile::readInt() {
     try {
         return castToQxInt(token);
     } catch (const QXException&) {
-        throw ModelerException("Cannot convert the current token to int.", __LINE__, kSource,
-                               "readInt");
+        throw ModelerException("Cannot convert the current token to int.", QX_HERE);
     }
 }
 
@@ -79,7 +75,7 @@ std::string VFile::readln() {
     checkRead();
     if (stream.peek() == EOF)
         throw ModelerException("End of file: no more line to read from file'" + name + "'.",
-                               __LINE__, kSource, "readln");
+                               QX_HERE);
     std::string line;
     std::getline(stream, line);
     stream.clear(stream.rdstate() & ~std::ios::failbit);
