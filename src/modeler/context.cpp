@@ -42,10 +42,10 @@ void Context::enterCall(const std::string& functionName) {
     if (callDepth == 0) stackBase = here;
     if (callDepth >= kMaxCallDepth ||
         (stackBase > here && (size_t)(stackBase - here) > kStackBudget))
-        throw ModelerException("Function '" + functionName +
-                                   "': more than " +
-                                   std::to_string(kMaxCallDepth) +
-                                   " nested calls (recursion too deep).", QX_HERE);
+        throw ModelerException("Function '" + functionName + "': more than " +
+                                   std::to_string(callDepth) +
+                                   " nested calls (recursion too deep).",
+                               QX_HERE);
     ++callDepth;
 }
 

@@ -90,12 +90,19 @@ public:
     void setCurrentSection(Section s) { section = s; }
     MNode* getInstructionPointer() const { return instructionPointer; }
     void setInstructionPointer(MNode* node) { instructionPointer = node; }
+    // Makes node the instruction again after its operands ran; returns c.
+    Context* at(MNode* node) {
+        instructionPointer = node;
+        return this;
+    }
 
     // Nested user calls allowed at most.
-    static const int kMaxCallDepth = 10000;
-    // Stack of the interpreter's thread: room for kMaxCallDepth calls even in
-    // instrumented builds. Only the pages used are ever committed.
-    static const size_t kInterpreterStackSize = size_t(256) << 20;
+    static const int kMaxCallDepth = 1000000;
+    // Stack of the interpreter's thread: room for kMaxCallDepth calls of a
+    // simple recursive function (about 1 KB each in an optimised build).
+    // Only the pages used are ever committed; deeper frames, or instrumented
+    // builds, meet the stack budget of enterCall first, with the same error.
+    static const size_t kInterpreterStackSize = size_t(4) << 30;
 
 private:
     Program* program;
