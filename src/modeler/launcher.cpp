@@ -1,5 +1,7 @@
 #include "modeler/launcher.h"
 
+#include <boost/thread/exceptions.hpp>
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -17,6 +19,7 @@
 #include "modeler/paramparser.h"
 #include "modeler/program.h"
 #include "modeler/value.h"
+#include "modeler/value/vfile.h"
 #include "modeler/value/vmap.h"
 #include "modeler/value/vmapiterator.h"
 #include "modeler/variableset.h"
@@ -77,9 +80,32 @@ int Launcher::run() {
         runSection(Section::param);
         runSolver();
         runSection(Section::output);
+        // What was written must have reached its files and the standard
+        // output; a full device or a closed output is an error, not a
+        // silent loss.
+        // These errors belong to no statement: they are printed plainly.
+        try {
+            VFile::closeAllWriters();
+        } catch (const QXException& e) {
+            showErrorMessage(e.getExplanation());
+            return 1;
+        }
+        std::cout.flush();
+        if (!std::cout) {
+            showErrorMessage("Cannot write to the standard output: the device is full or the "
+                             "output is closed.");
+            return 1;
+        }
         return 0;
     } catch (const QXException& e) {
         showErrorMessage(context.get(), e.getExplanation());
+    } catch (const std::bad_alloc&) {
+        showErrorMessage(context.get(),
+                         "Out of memory: the program, its data or its model needs more memory "
+                         "than the system gives.");
+    } catch (const boost::thread_resource_error&) {
+        showErrorMessage("Cannot start a thread: the system refused it (too many threads, or "
+                         "not enough memory for their stacks; try a smaller qxNbThreads).");
     } catch (const std::exception& e) {
         showErrorMessage(e.what());
     }
@@ -254,7 +280,14 @@ void Launcher::display(void* data) {
     }
     if (userDisplay) {
         std::vector<Value> noArguments;
-        userDisplay->call(launcher->context.get(), noArguments);
+        try {
+            userDisplay->call(launcher->context.get(), noArguments);
+        } catch (...) {
+            // The error goes on a line of its own, not after the progress
+            // text or what the section printed of its line.
+            std::cout << std::endl;
+            throw;
+        }
     }
     if (verbose) std::cout << std::endl;
     std::cout.flush();

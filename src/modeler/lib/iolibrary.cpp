@@ -33,17 +33,23 @@ VFile* readerFile(const std::vector<Value>& args, const char* function) {
     return static_cast<VFile*>(args[0].getReference());
 }
 
-// Prompts with "?" and reads one line of standard input. A failed read is
-// retried while input remains; at its end the read fails.
+// Prompts with "?" and reads one line of standard input; at its end the
+// read fails. A line is capped like a file's, so an endless input without
+// a line end is refused instead of filling the memory.
 std::string consoleLine() {
+    std::cout << "?" << std::flush;
     std::string line;
-    for (;;) {
-        std::cout << "?" << std::flush;
-        if (std::getline(std::cin, line)) return line;
-        if (std::cin.eof())
-            throw ModelerException("End of file.", QX_WHERE(UNIT, "readln"));
-        std::cin.clear();
+    int c;
+    while ((c = std::cin.get()) != EOF && c != '\n') {
+        if (line.size() == VFile::kMaxLineLength)
+            throw ModelerException(
+                VFile::tooLong("Line", VFile::kMaxLineLength, "standard input"),
+                QX_WHERE(UNIT, "readln"));
+        line += (char)c;
     }
+    if (c == EOF && line.empty())
+        throw ModelerException("End of file.", QX_WHERE(UNIT, "readln"));
+    return line;
 }
 
 Value openFile(std::vector<Value>& args, VFile::AccessMode mode) {
