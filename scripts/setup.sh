@@ -2,6 +2,9 @@
 # Installs, from Debian's packages, whatever the build and the tests need and
 # is not there yet. Non-interactive and idempotent: when everything is present
 # it only asks dpkg and returns.
+#   scripts/setup.sh        the build and the tests
+#   scripts/setup.sh fuzz   also clang and its libFuzzer runtime, for the
+#                           fuzzing build (-DQUARRIX_FUZZ=ON)
 set -euo pipefail
 
 packages=(
@@ -10,6 +13,12 @@ packages=(
   libboost-dev libboost-thread-dev libboost-date-time-dev
   libgtest-dev libgmock-dev libbenchmark-dev
 )
+for variant in "$@"; do
+  case $variant in
+    fuzz) packages+=(clang libclang-rt-14-dev) ;;
+    *) echo "setup: unknown build variant '$variant'" >&2; exit 1 ;;
+  esac
+done
 
 missing=()
 for p in "${packages[@]}"; do

@@ -7,6 +7,7 @@
 
 #include <boost/thread/thread.hpp>
 
+#include <algorithm>
 #include <exception>
 
 namespace {
@@ -17,7 +18,9 @@ const size_t kStackReserve = size_t(8) << 20;
 // Where the system refuses the large stack (a cap on address space), the
 // interpreter runs on this one, and deep recursion meets its budget sooner.
 const size_t kFallbackStackSize = size_t(256) << 20;
-// The stack of the running interpreter thread, less the reserve.
+// The stack asked for the interpreter thread, and what it got, less the
+// reserve.
+size_t stackSize = Context::kInterpreterStackSize;
 size_t stackBudget = Context::kInterpreterStackSize - kStackReserve;
 }  // namespace
 
@@ -53,6 +56,14 @@ void Context::enterCall(const std::string& functionName) {
     ++callDepth;
 }
 
+void Context::setInterpreterStackSize(size_t bytes) {
+    stackSize = std::max(bytes, 2 * kStackReserve);
+}
+
+void Context::budgetExhausted() {
+    throw ModelerException("The instruction budget of this run is exhausted.", QX_HERE);
+}
+
 QXModel* Context::getModel() const { return solver->getModel(); }
 
 void Context::runOnInterpreterStack(const std::function<void()>& work) {
@@ -65,8 +76,8 @@ void Context::runOnInterpreterStack(const std::function<void()>& work) {
         }
     };
     boost::thread::attributes attributes;
-    attributes.set_stack_size(kInterpreterStackSize);
-    stackBudget = kInterpreterStackSize - kStackReserve;
+    attributes.set_stack_size(stackSize);
+    stackBudget = stackSize - kStackReserve;
     boost::thread thread;
     try {
         thread = boost::thread(attributes, body);
