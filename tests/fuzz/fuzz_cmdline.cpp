@@ -19,6 +19,7 @@
 #include "fuzzmemory.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    FuzzInput running;
     const std::string text(reinterpret_cast<const char*>(data), size);
     Quarrix solver;
     Program program;

@@ -59,6 +59,7 @@ private:
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    FuzzInput running;
     Trace trace(data, size);
     Quarrix solver;
     QXModel* model = solver.getModel();

@@ -28,7 +28,7 @@ for harness in "${harnesses[@]}"; do
     fuzz_cmdline) find "$e2e" -name '*.args' -type f -exec cp {} "$corpus"/ \; ;;
   esac
   echo "+ $harness: ${seconds} s from $(ls "$corpus" | wc -l) seeds"
-  "$binary" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=3072 -max_len=8192 \
+  "$binary" -max_total_time="$seconds" -artifact_prefix="$PWD/" -timeout=20 -rss_limit_mb=3072 -max_len=8192 \
     -print_final_stats=1 "$corpus" 2>&1 | grep -v '^#[0-9]*.*\(NEW\|REDUCE\|pulse\)' || {
       rm -rf "$corpus"; echo "$harness failed"; exit 1; }
   rm -rf "$corpus"
