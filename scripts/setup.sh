@@ -10,8 +10,10 @@
 #   scripts/setup.sh lp         also the CBC MIP solver, for the tests that
 #                               solve written linear programs (skipped
 #                               without it) and for scripts/compare
-# Tools that only some tests need are installed only when asked for, so that
-# the plain set-up stays what every build needs.
+#   scripts/setup.sh fuzz       also clang and its libFuzzer runtime, for the
+#                               fuzzing build (-DQUARRIX_FUZZ=ON)
+# Tools that only some tests or builds need are installed only when asked
+# for, so that the plain set-up stays what every build needs.
 set -euo pipefail
 
 packages=(
@@ -24,7 +26,8 @@ for extra in "$@"; do
   case $extra in
     package) packages+=(pkg-config) ;;
     lp) packages+=(coinor-cbc) ;;
-    *) echo "setup: unknown set '$extra' (known: package, lp)" >&2; exit 1 ;;
+    fuzz) packages+=(clang libclang-rt-14-dev) ;;
+    *) echo "setup: unknown set '$extra' (known: package, lp, fuzz)" >&2; exit 1 ;;
   esac
 done
 

@@ -1,3 +1,4 @@
+#include <atomic>
 #include <csignal>
 #include <iostream>
 
@@ -10,19 +11,33 @@ namespace {
 
 // Only async-signal-safe calls: write(2) and _exit(2). A running solve is
 // abandoned, not stopped cleanly: no destructors, no output section.
+// Signals that arrive together (on several threads, or one while the
+// handler runs) print the notice once: the first handler writes it and ends
+// the process, the others wait for that end.
+std::atomic_flag interruptSeen = ATOMIC_FLAG_INIT;
+
 extern "C" void interrupted(int) {
+    if (interruptSeen.test_and_set()) {
+        for (;;) pause();
+    }
     static const char notice[] = "\n\n*** Quarrix interrupted ***\n\n";
     ssize_t ignored = write(STDERR_FILENO, notice, sizeof notice - 1);
     (void)ignored;
     _exit(1);
 }
 
+void onInterrupt(int signal) {
+    struct sigaction action = {};
+    action.sa_handler = interrupted;
+    sigemptyset(&action.sa_mask);
+    for (int blocked : {SIGTERM, SIGINT, SIGABRT}) sigaddset(&action.sa_mask, blocked);
+    sigaction(signal, &action, nullptr);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::signal(SIGTERM, interrupted);
-    std::signal(SIGINT, interrupted);
-    std::signal(SIGABRT, interrupted);
+    for (int signal : {SIGTERM, SIGINT, SIGABRT}) onInterrupt(signal);
     std::cout << QXVersion::getInfo() << std::endl;
     Launcher* launcher = new Launcher(argc, argv);
     int status = launcher->run();

@@ -22,7 +22,7 @@ const std::string NeverStarted =
 }  // namespace
 
 void ApiErrors::fail(const QXWhere& where, const std::string& explanation) {
-    throw QXException(explanation, where.lineNumber, where.fileName, where.functionName);
+    throw QXException(explanation, where);
 }
 
 void ApiErrors::checkNotRunning(const Quarrix* solver, const QXWhere& where) {

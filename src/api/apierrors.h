@@ -1,22 +1,12 @@
 #pragma once
 
+#include "api/qxexception.h"
 #include "solver/kernel/constants.h"
 
 #include <cstdint>
 #include <string>
 
 class Quarrix;
-
-// Where an API error is raised: source unit, line and method name.
-struct QXWhere {
-    const char* fileName;
-    int lineNumber;
-    const char* functionName;
-};
-
-// Each API unit defines UNIT (its source unit name) and raises with QX_HERE,
-// so that the line and the method name are those of the raising call.
-#define QX_HERE (QXWhere{UNIT, __LINE__, __func__})
 
 // The state guards of the API and the message forms that several units share.
 // Every guard raises a QXException and changes nothing.

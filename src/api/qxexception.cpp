@@ -10,4 +10,7 @@ QXException::QXException(std::string explanation_, int lineNumber_, std::string 
       functionName(std::move(functionName_)),
       message("ERROR [function " + functionName + "]: " + explanation) {}
 
+QXException::QXException(std::string explanation_, const QXWhere& where)
+    : QXException(std::move(explanation_), where.lineNumber, where.fileName, where.functionName) {}
+
 QXException::~QXException() = default;

@@ -86,7 +86,7 @@ QXExpression* QXModel::createExpression(QXOperator op, QXOperand e0, QXOperand e
 // The integers become constants first; if a check then refuses the call, the
 // constants it made are withdrawn, so a refused call changes nothing.
 QXExpression* QXModel::createChecked(QXOperator op, const QXOperand* given, int count) {
-    const QXWhere where{UNIT, __LINE__, "createExpression"};
+    const QXWhere where = QX_WHERE(UNIT, "createExpression");
     ApiErrors::checkModeling(solver, where);
     checkOperator(op, where);
     const int32_t nbBefore = getNbExpressionsUnchecked();
@@ -224,8 +224,7 @@ void QXModel::close() {
         }
     }
     if (objectives.empty())
-        throw KernelException(UNIT, __LINE__, "close",
-                              "At least one objective is required in the model.");
+        throw KernelException("At least one objective is required in the model.", QX_HERE);
     closed = true;
     try {
         compiled = std::make_unique<CompiledModel>(*this);

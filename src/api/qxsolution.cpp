@@ -109,6 +109,11 @@ void QXSolution::setValue(QXExpression* expr, int64_t value) {
     ApiErrors::checkPausedOrStopped(solver, QX_HERE);
     checkExpression(expr, QX_HERE);
     if (!expr->decision) ApiErrors::fail(QX_HERE, "Only decisions can be set.");
+    // A decision is a boolean: the search flips it to 1 - v, and any other
+    // start value would leave a "solution" outside the model.
+    if (value != 0 && value != 1)
+        ApiErrors::fail(QX_HERE, "The value of a decision must be 0 or 1 (value given: " +
+                                     std::to_string(value) + ").");
     values[expr->index] = value;
     dirty = true;
 }

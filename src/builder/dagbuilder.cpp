@@ -12,8 +12,7 @@ const char* const UNIT = "src/builder/dagbuilder";
 
 DagBuilder::DagBuilder(ModelGraph&& model) {
     if (!model.isClosed())
-        throw KernelException(UNIT, __LINE__, "DagBuilder",
-                              "The model need to be closed to be transformed");
+        throw KernelException("The model need to be closed to be transformed", QX_HERE);
     DagDefinitionBuilder::createDagDefinition(model, fixed, expressionNodes);
     mainDag = std::make_unique<Dag>(fixed);
     mainDag->init();
@@ -52,8 +51,8 @@ void DagBuilder::loadVariableValues(Dag& dag, const std::vector<long long>& vari
         propagation.modifyVariable(dag, f.variables()[i], variableValues[i]);
     if (!propagation.eval(dag)) {
         propagation.rollback(dag);
-        throw KernelException("src/solver/kernel/dag", __LINE__, "loadSolution",
-                              "Cannot evaluate the loaded solution");
+        throw KernelException("Cannot evaluate the loaded solution",
+                              QX_WHERE("src/solver/kernel/dag", "loadSolution"));
     }
     propagation.commit(dag);
 }

@@ -94,8 +94,8 @@ void DagDefinitionBuilder::markExpression(ModelExpr expr) {
     if (foldsToConstant(expr)) return;
     const QXOperator op = expr.getOperator();
     if (!isValidOperator(op))
-        throw KernelException(UNIT, __LINE__, "markExpression",
-                              "Operator " + std::to_string(static_cast<unsigned>(op)) + " unknown.");
+        throw KernelException("Operator " + std::to_string(static_cast<unsigned>(op)) + " unknown.",
+                              QX_HERE);
     DagDefinitionBuilderTools::callMarker(op, expr, *this);
 }
 
@@ -227,6 +227,6 @@ bool DagDefinitionBuilder::isScalar(ModelExpr expr, long long& coefficient,
 
 unsigned int DagDefinitionBuilder::getVariable(ModelExpr expr) const {
     if (!ExpressionTools::isDecision(expr.getOperator()))
-        throw KernelException(UNIT, __LINE__, "getVariable", "This operator is not a variable");
+        throw KernelException("This operator is not a variable", QX_HERE);
     return getNode(expr);
 }

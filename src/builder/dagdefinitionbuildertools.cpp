@@ -60,8 +60,8 @@ void createNode(TemporaryDagFixedFields& temporary, ModelExpr expr,
         return;
     }
     if (!isValidOperator(op))
-        throw KernelException(UNIT, __LINE__, "createNode",
-                              "Operator " + std::to_string(static_cast<unsigned>(op)) + " unknown.");
+        throw KernelException("Operator " + std::to_string(static_cast<unsigned>(op)) + " unknown.",
+                              QX_HERE);
     callCreateNode(op, temporary, expr, builder);
 }
 
@@ -81,8 +81,8 @@ void collapseCreateNode(TemporaryDagFixedFields& temporary, ModelExpr expr,
 }
 
 void noCreateNode(TemporaryDagFixedFields&, ModelExpr, DagDefinitionBuilder&) {
-    throw KernelException(UNIT, __LINE__, "noCreateNode",
-                          "Cannot create this operator with a factory. Use dedicated functions instead");
+    throw KernelException("Cannot create this operator with a factory. Use dedicated functions instead",
+                          QX_HERE);
 }
 
 void callCreateNode(QXOperator op, TemporaryDagFixedFields& t, ModelExpr e,

@@ -10,7 +10,7 @@ namespace {
 const char* const UNIT = "src/builder/expressiontools";
 
 [[noreturn]] void divisionByZero(const char* unit) {
-    throw KernelException(unit, __LINE__, "computeValue", "Division by zero.");
+    throw KernelException("Division by zero.", QX_WHERE(unit, "computeValue"));
 }
 
 }  // namespace
@@ -68,8 +68,8 @@ int64_t ExpressionTools::callEvaluator(QXOperator op, const Values& v) {
     case QXOperator::Sum: return sumEval(v);
     case QXOperator::Xor: return xorEval(v);
     }
-    throw KernelException(UNIT, __LINE__, "callEvaluator",
-                          "Operator " + std::to_string(static_cast<unsigned>(op)) + " unknown.");
+    throw KernelException("Operator " + std::to_string(static_cast<unsigned>(op)) + " unknown.",
+                          QX_HERE);
 }
 
 int64_t ExpressionTools::absEval(const Values& v) { return WrapArith::abs(v[0]); }
@@ -81,13 +81,12 @@ int64_t ExpressionTools::andEval(const Values& v) {
 }
 
 int64_t ExpressionTools::boolEval(const Values&) {
-    throw KernelException(UNIT, __LINE__, "boolEval",
-                          "Cannot evaluate Bool operator. Please use a Solution object instead ");
+    throw KernelException("Cannot evaluate Bool operator. Please use a Solution object instead ",
+                          QX_HERE);
 }
 
 int64_t ExpressionTools::constantEval(const Values&) {
-    throw KernelException(UNIT, __LINE__, "constantEval",
-                          "Cannot evaluate a constant node with ExpressionTools.");
+    throw KernelException("Cannot evaluate a constant node with ExpressionTools.", QX_HERE);
 }
 
 int64_t ExpressionTools::distanceEval(const Values& v) { return WrapArith::abs(WrapArith::sub(v[0], v[1])); }
@@ -146,8 +145,8 @@ int64_t ExpressionTools::productEval(const Values& v) {
 
 int64_t ExpressionTools::sqrtEval(const Values& v) {
     if (v[0] < 0)
-        throw KernelException("src/solver/node/nodesqrt", __LINE__, "computeValue",
-                              "Square root of a negative number");
+        throw KernelException("Square root of a negative number",
+                              QX_WHERE("src/solver/node/nodesqrt", "computeValue"));
     return static_cast<int64_t>(std::sqrt(static_cast<double>(v[0])));
 }
 

@@ -24,8 +24,7 @@ ModelWriter::ModelWriter(const ModelGraph& model_, const ModelWriterSettings& se
                          std::ostream* out_)
     : model(model_), settings(settings_), out(*out_) {
     if (!model.isClosed())
-        throw KernelException(UNIT, __LINE__, "ModelWriter",
-                              "The model need to be closed to be written to a stream.");
+        throw KernelException("The model need to be closed to be written to a stream.", QX_HERE);
 }
 
 void ModelWriter::write() {

@@ -8,6 +8,17 @@
 #include <string>
 #include <vector>
 
+#if defined(__SANITIZE_ADDRESS__)
+#define QX_ADDRESS_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define QX_ADDRESS_SANITIZER 1
+#endif
+#endif
+#ifndef QX_ADDRESS_SANITIZER
+#define QX_ADDRESS_SANITIZER 0
+#endif
+
 class MNode;
 class Program;
 class QXModel;
@@ -89,13 +100,37 @@ public:
     Section getCurrentSection() const { return section; }
     void setCurrentSection(Section s) { section = s; }
     MNode* getInstructionPointer() const { return instructionPointer; }
-    void setInstructionPointer(MNode* node) { instructionPointer = node; }
+    void setInstructionPointer(MNode* node) {
+        instructionPointer = node;
+        if (instructionBudget >= 0 && --instructionBudget < 0) budgetExhausted();
+    }
+    // Bounds the nodes a run may execute (negative: no bound), for callers
+    // that run untrusted programs with a time budget (the fuzzing harness);
+    // the run then fails with an error.
+    void setInstructionBudget(long long nodes) { instructionBudget = nodes; }
+    // Stack of the interpreter threads started from now on (tests and
+    // harnesses that start many use a smaller one).
+    static void setInterpreterStackSize(size_t bytes);
+    // Makes node the instruction again after its operands ran; returns c.
+    Context* at(MNode* node) {
+        instructionPointer = node;
+        return this;
+    }
 
     // Nested user calls allowed at most.
-    static const int kMaxCallDepth = 10000;
-    // Stack of the interpreter's thread: room for kMaxCallDepth calls even in
-    // instrumented builds. Only the pages used are ever committed.
-    static const size_t kInterpreterStackSize = size_t(256) << 20;
+    static const int kMaxCallDepth = 1000000;
+    // Stack of the interpreter's thread: room for kMaxCallDepth calls of a
+    // simple recursive function (about 1 KB each in an optimised build).
+    // Only the pages used are ever committed; deeper frames meet the stack
+    // budget of enterCall first, with the same error. AddressSanitizer
+    // cannot unwind an error through more than 64 MB of stack (it stops
+    // clearing its marks and then reports false errors), so instrumented
+    // builds run on 64 MB and reach the budget after some 20,000 calls.
+#if QX_ADDRESS_SANITIZER
+    static const size_t kInterpreterStackSize = size_t(64) << 20;
+#else
+    static const size_t kInterpreterStackSize = size_t(4) << 30;
+#endif
 
 private:
     Program* program;
@@ -108,6 +143,8 @@ private:
     Value returnValue;
     Section section;
     MNode* instructionPointer;
+    long long instructionBudget = -1;
+    [[noreturn]] static void budgetExhausted();
     int callDepth;
     const char* stackBase;
 };

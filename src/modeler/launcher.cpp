@@ -1,5 +1,7 @@
 #include "modeler/launcher.h"
 
+#include <boost/thread/exceptions.hpp>
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -17,6 +19,7 @@
 #include "modeler/paramparser.h"
 #include "modeler/program.h"
 #include "modeler/value.h"
+#include "modeler/value/vfile.h"
 #include "modeler/value/vmap.h"
 #include "modeler/value/vmapiterator.h"
 #include "modeler/variableset.h"
@@ -24,7 +27,10 @@
 
 namespace {
 
-const char* const kSourceUnit = "src/modeler/launcher";
+const char* const UNIT = "src/modeler/launcher";
+// The errors of the reserved-variable reading carry line numbers that users'
+// scripts match on (QXWhere::contractLine): fixed by contract, they are not
+// the raising calls' source lines.
 
 // The 64-bit value of a reserved variable for a setter that takes 32 bits,
 // whose range lies inside the 32-bit one: a value beyond it becomes the
@@ -38,8 +44,8 @@ int saturated(int64_t value) {
 // one: a larger value is refused here, with a message in the setters' style.
 int atMostInt32(int64_t value, const std::string& argument) {
     if (value > INT32_MAX)
-        throw KernelException(kSourceUnit, __LINE__, "runSolver",
-                              "Argument " + argument + " cannot exceed " + std::to_string(INT32_MAX) + ".");
+        throw KernelException("Argument " + argument + " cannot exceed " + std::to_string(INT32_MAX) + ".",
+                              QX_WHERE(UNIT, "runSolver"));
     return saturated(value);
 }
 
@@ -74,9 +80,32 @@ int Launcher::run() {
         runSection(Section::param);
         runSolver();
         runSection(Section::output);
+        // What was written must have reached its files and the standard
+        // output; a full device or a closed output is an error, not a
+        // silent loss.
+        // These errors belong to no statement: they are printed plainly.
+        try {
+            VFile::closeAllWriters();
+        } catch (const QXException& e) {
+            showErrorMessage(e.getExplanation());
+            return 1;
+        }
+        std::cout.flush();
+        if (!std::cout) {
+            showErrorMessage("Cannot write to the standard output: the device is full or the "
+                             "output is closed.");
+            return 1;
+        }
         return 0;
     } catch (const QXException& e) {
         showErrorMessage(context.get(), e.getExplanation());
+    } catch (const std::bad_alloc&) {
+        showErrorMessage(context.get(),
+                         "Out of memory: the program, its data or its model needs more memory "
+                         "than the system gives.");
+    } catch (const boost::thread_resource_error&) {
+        showErrorMessage("Cannot start a thread: the system refused it (too many threads, or "
+                         "not enough memory for their stacks; try a smaller qxNbThreads).");
     } catch (const std::exception& e) {
         showErrorMessage(e.what());
     }
@@ -141,9 +170,9 @@ int64_t Launcher::getSolverIntegerParameter(const std::string& name, int64_t def
     const Value* value = presentGlobal(program.get(), context.get(), name, holder);
     if (!value) return defaultValue;
     if (!value->isInt())
-        throw KernelException(kSourceUnit, 150, "getSolverIntegerParameter",
-                              "'" + name + "' parameter must be an integer. Type provided: " +
-                                  value->getType()->getName());
+        throw KernelException("'" + name + "' parameter must be an integer. Type provided: " +
+                                  value->getType()->getName(),
+                              QXWhere::contractLine(UNIT, 150, "getSolverIntegerParameter"));
     return value->asInt();
 }
 
@@ -152,9 +181,9 @@ bool Launcher::getSolverBooleanParameter(const std::string& name, bool defaultVa
     const Value* value = presentGlobal(program.get(), context.get(), name, holder);
     if (!value) return defaultValue;
     if (!value->isBool())
-        throw KernelException(kSourceUnit, 123, "getSolverBooleanParameter",
-                              "'" + name + "' parameter must be a boolean. Type provided: " +
-                                  value->getType()->getName());
+        throw KernelException("'" + name + "' parameter must be a boolean. Type provided: " +
+                                  value->getType()->getName(),
+                              QXWhere::contractLine(UNIT, 123, "getSolverBooleanParameter"));
     return value->castToBool();
 }
 
@@ -180,9 +209,9 @@ void Launcher::setAdvancedParams() {
         if (!key.isString() || !entry.isInt()) continue;
         const int64_t number = entry.asInt();
         if (number < INT32_MIN || number > INT32_MAX)
-            throw KernelException(kSourceUnit, __LINE__, "setAdvancedParams",
-                                  "Advanced parameter '" + key.asString() + "' must be an integer between " +
-                                      std::to_string(INT32_MIN) + " and " + std::to_string(INT32_MAX) + ".");
+            throw KernelException("Advanced parameter '" + key.asString() + "' must be an integer between " +
+                                      std::to_string(INT32_MIN) + " and " + std::to_string(INT32_MAX) + ".",
+                                  QX_HERE);
         solver->getParam()->setAdvancedParam(key.asString(), static_cast<int>(number));
     }
 }
@@ -199,14 +228,14 @@ void Launcher::extractMapParameter(const std::string& name, std::vector<int64_t>
         const Value& key = it.getKey();
         const Value& entry = it.getValue();
         if (!key.isInt() || !entry.isInt())
-            throw KernelException(kSourceUnit, 185, "extractMapParameter",
-                                  "Keys and values of map '" + name + "' must be integers.");
+            throw KernelException("Keys and values of map '" + name + "' must be integers.",
+                                  QXWhere::contractLine(UNIT, 185, "extractMapParameter"));
         int64_t k = key.asInt();
         if (k < 0 || k >= n)
-            throw KernelException(kSourceUnit, 190, "extractMapParameter",
-                                  std::to_string(k) +
+            throw KernelException(std::to_string(k) +
                                       " is not a valid objective index. Only indices from 0 to " +
-                                      std::to_string(n - 1) + " are allowed.");
+                                      std::to_string(n - 1) + " are allowed.",
+                                  QXWhere::contractLine(UNIT, 190, "extractMapParameter"));
         values[k] = entry.asInt();
     }
 }
@@ -221,8 +250,8 @@ void Launcher::createPhases() {
         return;
     }
     if (isIntegerParameter("qxTimeLimit") || isIntegerParameter("qxIterationLimit"))
-        throw KernelException(kSourceUnit, 249, "createPhases",
-                              "qxTimeLimit and qxIterationLimit must be maps or integers.");
+        throw KernelException("qxTimeLimit and qxIterationLimit must be maps or integers.",
+                              QXWhere::contractLine(UNIT, 249, "createPhases"));
     std::vector<int64_t> timeLimits, iterationLimits;
     extractMapParameter("qxTimeLimit", timeLimits);
     extractMapParameter("qxIterationLimit", iterationLimits);
@@ -251,7 +280,14 @@ void Launcher::display(void* data) {
     }
     if (userDisplay) {
         std::vector<Value> noArguments;
-        userDisplay->call(launcher->context.get(), noArguments);
+        try {
+            userDisplay->call(launcher->context.get(), noArguments);
+        } catch (...) {
+            // The error goes on a line of its own, not after the progress
+            // text or what the section printed of its line.
+            std::cout << std::endl;
+            throw;
+        }
     }
     if (verbose) std::cout << std::endl;
     std::cout.flush();

@@ -20,61 +20,72 @@ MIndexer::MIndexer(const std::string* file, int line, MExpression* container_, M
 Value MIndexer::interpretReally(Context* c) {
     Value m = container->interpret(c);
     Value k = key->interpret(c);
+    c->at(this);
     if (m.getType() == RefTypes::T_MAP) return static_cast<VMap*>(m.getReference())->get(k);
     return m.index(c, k);
 }
 
+Value MBinary::interpretReally(Context* c) {
+    if (!leftChain) return combine(c, left->interpret(c));
+    std::vector<MBinary*> chain;
+    for (MBinary* link = this; link; link = link->leftChain) chain.push_back(link);
+    Value value = chain.back()->left->interpret(c);
+    for (auto link = chain.rbegin(); link != chain.rend(); ++link)
+        value = (*link)->combine(c, std::move(value));
+    return value;
+}
+
 // Integers take the inline path; anything else goes through its type.
-Value MSum::interpretReally(Context* c) {
-    Value l = left->interpret(c);
+Value MSum::combine(Context* c, Value l) {
     Value r = right->interpret(c);
+    c->at(this);
     if (l.isInt() && r.isInt()) return Value(WrapArith::add(l.asInt(), r.asInt()));
     return l.add(c, r);
 }
 
-Value MSub::interpretReally(Context* c) {
-    Value l = left->interpret(c);
+Value MSub::combine(Context* c, Value l) {
     Value r = right->interpret(c);
+    c->at(this);
     if (l.isInt() && r.isInt()) return Value(WrapArith::sub(l.asInt(), r.asInt()));
     return l.sub(c, r);
 }
 
-Value MProduct::interpretReally(Context* c) {
-    Value l = left->interpret(c);
+Value MProduct::combine(Context* c, Value l) {
     Value r = right->interpret(c);
+    c->at(this);
     if (l.isInt() && r.isInt()) return Value(WrapArith::mul(l.asInt(), r.asInt()));
     return l.mul(c, r);
 }
 
-Value MDivide::interpretReally(Context* c) {
-    Value l = left->interpret(c);
+Value MDivide::combine(Context* c, Value l) {
     Value r = right->interpret(c);
+    c->at(this);
     if (l.isInt() && r.isInt()) return Value(TInt::checkedDiv(l.asInt(), r.asInt()));
     return l.div(c, r);
 }
 
-Value MModulo::interpretReally(Context* c) {
-    Value l = left->interpret(c);
+Value MModulo::combine(Context* c, Value l) {
     Value r = right->interpret(c);
+    c->at(this);
     if (l.isInt() && r.isInt()) return Value(TInt::checkedMod(l.asInt(), r.asInt()));
     return l.mod(c, r);
 }
 
-Value MAnd::interpretReally(Context* c) {
-    Value l = left->interpret(c);
+Value MAnd::combine(Context* c, Value l) {
     if (l.isInt() && l.asInt() == 0) return Value(0);
-    return l.band(c, right->interpret(c));
-}
-
-Value MOr::interpretReally(Context* c) {
-    Value l = left->interpret(c);
-    if (l.isInt() && l.asInt() == 1) return Value(1);
-    return l.bor(c, right->interpret(c));
-}
-
-Value MComparison::interpretReally(Context* c) {
-    Value l = left->interpret(c);
     Value r = right->interpret(c);
+    return l.band(c->at(this), r);
+}
+
+Value MOr::combine(Context* c, Value l) {
+    if (l.isInt() && l.asInt() == 1) return Value(1);
+    Value r = right->interpret(c);
+    return l.bor(c->at(this), r);
+}
+
+Value MComparison::combine(Context* c, Value l) {
+    Value r = right->interpret(c);
+    c->at(this);
     if (l.isInt() && r.isInt()) {
         qxint a = l.asInt(), b = r.asInt();
         switch (op) {
@@ -97,16 +108,17 @@ Value MComparison::interpretReally(Context* c) {
     return l.neq(c, r);
 }
 
-Value MMinus::interpretReally(Context* c) { return operand->interpret(c).opp(c); }
+Value MMinus::interpretReally(Context* c) { return operand->interpret(c).opp(c->at(this)); }
 
-Value MNot::interpretReally(Context* c) { return operand->interpret(c).bnot(c); }
+Value MNot::interpretReally(Context* c) { return operand->interpret(c).bnot(c->at(this)); }
 
 Value MTernary::interpretReally(Context* c) {
     Value v = cond->interpret(c);
+    c->at(this);
     if (v.isInt()) return v.castToBool() ? a->interpret(c) : b->interpret(c);
     Value x = a->interpret(c);
     Value y = b->interpret(c);
-    return v.ternary(c, x, y);
+    return v.ternary(c->at(this), x, y);
 }
 
 void MFunctionCall::setCompositor(MCompositor* comp) {
@@ -118,6 +130,7 @@ Value MFunctionCall::callOnce(Context* c) {
     std::vector<Value> values;
     values.reserve(args.size());
     for (MExpression* e : args) values.push_back(e->interpret(c));
+    c->at(this);
     if (!function) function = c->getProgram()->getFunction(*name);
     return function->call(c, values);
 }

@@ -45,23 +45,39 @@ private:
     MExpression* key;
 };
 
+// A binary operator. Chains nested on the left, as the parser builds
+// a + b + c + ..., are walked down their left spine without recursion, so a
+// generated sum of a million terms runs within the interpreter's stack; such
+// a chain counts as one level of nesting.
 class MBinary : public MExpression {
 public:
     MBinary(const std::string* file, int line, MExpression* left_, MExpression* right_)
-        : MExpression(file, line), left(left_), right(right_) {
-        nestOver({left, right});
+        : MExpression(file, line), left(left_), right(right_),
+          leftChain(dynamic_cast<MBinary*>(left_)) {
+        nestOver(right);
+        if (leftChain) nestBeside(left);
+        else nestOver(left);
     }
+    Value interpretReally(Context* c) final;
 
 protected:
+    // The operator applied to the value of the left operand; evaluates the
+    // right one as the operator needs it.
+    virtual Value combine(Context* c, Value l) = 0;
+
     MExpression* left;
     MExpression* right;
+
+private:
+    MBinary* leftChain;
 };
 
 #define QX_BINARY_NODE(Name) \
     class Name : public MBinary { \
     public: \
         using MBinary::MBinary; \
-        Value interpretReally(Context* c) override; \
+    protected: \
+        Value combine(Context* c, Value l) override; \
     };
 QX_BINARY_NODE(MSum)
 QX_BINARY_NODE(MSub)
@@ -77,7 +93,9 @@ public:
     enum Op { Lt, Leq, Gt, Geq, Eq, Neq };
     MComparison(const std::string* file, int line, Op op_, MExpression* l, MExpression* r)
         : MBinary(file, line, l, r), op(op_) {}
-    Value interpretReally(Context* c) override;
+
+protected:
+    Value combine(Context* c, Value l) override;
 
 private:
     Op op;

@@ -11,8 +11,11 @@ MRangeIterator::MRangeIterator(const std::string* file, int line, MExpression* f
 }
 
 void MRangeIterator::iterate(Context* c, IterationSink& sink) {
-    qxint a = from->interpret(c).castToInt();
-    qxint b = to->interpret(c).castToInt();
+    Value first = from->interpret(c);
+    Value last = to->interpret(c);
+    c->setInstructionPointer(this);
+    qxint a = first.castToInt();
+    qxint b = last.castToInt();
     if (a > b) return;
     Value nil;
     for (qxint i = a;; ++i) {
@@ -28,6 +31,7 @@ MValueIterator::MValueIterator(const std::string* file, int line, MExpression* c
 
 void MValueIterator::iterate(Context* c, IterationSink& sink) {
     Value m = container->interpret(c);
+    c->setInstructionPointer(this);
     m.checkType(RefTypes::T_MAP);
     VMapIterator it(static_cast<VMap*>(m.getReference()));
     while (it.next()) {
@@ -62,7 +66,11 @@ public:
             c->setValue(it->variables[0], key);
             c->setValue(it->variables[1], value);
         }
-        if (it->filter && !it->filter->interpret(c).castToBool()) return;
+        if (it->filter) {
+            Value keep = it->filter->interpret(c);
+            c->setInstructionPointer(it);
+            if (!keep.castToBool()) return;
+        }
         next.accept(c, Value(), it->variables.size() == 1 ? value : key);
     }
 

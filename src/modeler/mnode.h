@@ -19,6 +19,9 @@ public:
 
     const std::string& getFileName() const { return *fileName; }
     int getLine() const { return line; }
+    // For a node built before the parser reached its first token (a call
+    // collected from its arguments), once that token is known.
+    void setLine(int line_) { line = line_; }
     int getDepth() const { return depth; }
 
 protected:
@@ -29,6 +32,11 @@ protected:
     }
     void nestOver(const MNode* child) {
         if (child) depth = std::max(depth, child->depth + 1);
+    }
+    // A child that runs without a level of recursion of its own (the next
+    // link of a chain the node walks in a loop).
+    void nestBeside(const MNode* child) {
+        if (child) depth = std::max(depth, child->depth);
     }
 
 private:
@@ -50,6 +58,12 @@ public:
 class MExpression : public MNode {
 public:
     using MNode::MNode;
-    Value interpret(Context* c) { return interpretReally(c); }
+    // Every node that runs becomes the instruction, so an error names the
+    // node being evaluated; a node whose own step follows its operands'
+    // (an operator, a call) takes the pointer back first (Context::at).
+    Value interpret(Context* c) {
+        c->setInstructionPointer(this);
+        return interpretReally(c);
+    }
     virtual Value interpretReally(Context* c) = 0;
 };

@@ -5,6 +5,14 @@
 #include "modeler/value/tmap.h"
 
 namespace {
+// The condition of owner, which becomes the instruction again for the test
+// itself, so that a condition that is not a boolean names owner's line.
+bool holds(Context* c, MExpression* cond, MNode* owner) {
+    Value v = cond->interpret(c);
+    c->setInstructionPointer(owner);
+    return v.castToBool();
+}
+
 // Runs body in the given scope, made on the first run as a child of the
 // current one.
 class ScopeEntry {
@@ -44,6 +52,7 @@ MAssignment::MAssignment(const std::string* file, int line, const std::string* n
 
 void MAssignment::executeReally(Context* c) {
     Value v = expression->interpret(c);
+    c->setInstructionPointer(this);
     if (!variable) variable = resolveTarget(c, *name, isLocal);
     if (isLink) v = v.link(c, *name);
     c->setValue(variable, std::move(v));
@@ -63,6 +72,7 @@ void MForAssignment::executeReally(Context* c) {
 
 void MForAssignment::onCombination(Context* c, std::vector<Value>& indices) {
     Value v = expression->interpret(c);
+    c->setInstructionPointer(this);
     if (isLink) {
         // x[3], x[2][5], x["a"]: the name reads back as the same entry.
         std::string full = *name;
@@ -81,13 +91,22 @@ void MLocal::executeReally(Context* c) {
 
 MIf::MIf(const std::string* file, int line, MExpression* cond_, MStatement* then_,
          MStatement* otherwise_)
-    : MStatement(file, line), cond(cond_), thenStatement(then_), elseStatement(otherwise_) {
-    nestOver({cond, thenStatement, elseStatement});
+    : MStatement(file, line), cond(cond_), thenStatement(then_), elseStatement(otherwise_),
+      elseIf(dynamic_cast<MIf*>(otherwise_)) {
+    nestOver({cond, thenStatement});
+    if (elseIf) nestBeside(elseIf);
+    else nestOver(elseStatement);
 }
 
 void MIf::executeReally(Context* c) {
-    if (cond->interpret(c).castToBool()) thenStatement->execute(c);
-    else if (elseStatement) elseStatement->execute(c);
+    MIf* branch = this;
+    while (true) {
+        if (holds(c, branch->cond, branch)) return branch->thenStatement->execute(c);
+        if (!branch->elseIf) break;
+        branch = branch->elseIf;
+        c->setInstructionPointer(branch);
+    }
+    if (branch->elseStatement) branch->elseStatement->execute(c);
 }
 
 MFor::MFor(const std::string* file, int line, MCompositor* comp, MStatement* body_)
@@ -106,7 +125,7 @@ MWhile::MWhile(const std::string* file, int line, MExpression* cond_, MStatement
 
 void MWhile::executeReally(Context* c) {
     ScopeEntry entry(c, scope);
-    while (cond->interpret(c).castToBool()) {
+    while (holds(c, cond, this)) {
         body->execute(c);
         if (c->isReturning()) break;
     }
@@ -122,7 +141,7 @@ void MDoWhile::executeReally(Context* c) {
     do {
         body->execute(c);
         if (c->isReturning()) break;
-    } while (cond->interpret(c).castToBool());
+    } while (holds(c, cond, this));
 }
 
 MModifier::MModifier(const std::string* file, int line, ModifierType kind_, MExpression* e)
@@ -130,7 +149,10 @@ MModifier::MModifier(const std::string* file, int line, ModifierType kind_, MExp
     nestOver(e);
 }
 
-void MModifier::executeReally(Context* c) { expression->interpret(c).modify(c, kind); }
+void MModifier::executeReally(Context* c) {
+    Value v = expression->interpret(c);
+    v.modify(c->at(this), kind);
+}
 
 MCallStatement::MCallStatement(const std::string* file, int line, MExpression* call_)
     : MStatement(file, line), call(call_) {

@@ -73,6 +73,9 @@ private:
     Variable* variable;
 };
 
+// if/else. An else-if chain runs in a loop, not by recursion, so a
+// generated chain of any length runs within the stack; the chain counts as
+// one level of nesting.
 class MIf : public MStatement {
 public:
     MIf(const std::string* file, int line, MExpression* cond_, MStatement* then_,
@@ -83,6 +86,7 @@ private:
     MExpression* cond;
     MStatement* thenStatement;
     MStatement* elseStatement;
+    MIf* elseIf;
 };
 
 class MFor : public MStatement, public CompositorUser {

@@ -9,7 +9,7 @@
 #include "modeler/value/tnode.h"
 
 namespace {
-const char* const kSource = "src/modeler/operatorfunction";
+const char* const UNIT = "src/modeler/operatorfunction";
 
 QXOperand toOperand(const Value& v) {
     if (TNode::isNode(v)) return QXOperand(TNode::asExpression(v));
@@ -30,7 +30,7 @@ void OperatorFunction::checkCount(size_t n) const {
     else if (count > max) expected = "at most " + std::to_string(max);
     else return;
     throw ModelerException("Function '" + getName() + "' takes " + expected + " arguments.",
-                           __LINE__, kSource, "call");
+                           QX_WHERE(UNIT, "call"));
 }
 
 // Expressions are left to the model, which knows their kinds. Positions in
@@ -45,7 +45,7 @@ void OperatorFunction::checkTypes(const std::vector<Value>& args) const {
         throw ModelerException("Function '" + getName() + "' : " +
                                    (boolean ? "Boolean" : "Integer or Boolean") +
                                    " expected for argument " + std::to_string(i + 1) + ".",
-                               __LINE__, kSource, "call");
+                               QX_WHERE(UNIT, "call"));
     }
 }
 
@@ -61,8 +61,7 @@ Value OperatorFunction::call(Context* context, std::vector<Value>& args) {
 void OperatorFunction::checkModelSection(Context* context, QXOperator op) {
     if (context->getCurrentSection() != Section::model)
         throw ModelerException("Function '" + std::string(getOperatorInfo(op).name) +
-                                   "' not allowed in this section.",
-                               __LINE__, kSource, "callNode");
+                                   "' not allowed in this section.", QX_WHERE(UNIT, "callNode"));
 }
 
 // Up to three operands go through the model's checked creation, which

@@ -6,7 +6,7 @@
 #include "modeler/value/vmap.h"
 
 namespace {
-const char* const kSource = "src/modeler/paramparser";
+const char* const UNIT = "src/modeler/paramparser";
 bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 }  // namespace
@@ -15,13 +15,11 @@ void ParamParser::addParam(Context* context, const std::string& word) {
     size_t eq = word.find('=');
     if (eq == std::string::npos)
         throw ModelerException("Invalid argument format for '" + word +
-                                   "'. Expected format : identifier=value.",
-                               __LINE__, kSource, "addParam");
+                                   "'. Expected format : identifier=value.", QX_HERE);
     std::string name = word.substr(0, eq);
     if (!isIdent(name))
         throw ModelerException("Valid identifier expected on the left side of argument '" +
-                                   word + "'.",
-                               __LINE__, kSource, "addParam");
+                                   word + "'.", QX_HERE);
     Variable* v = context->getProgram()->getGlobalVariables()->autoCreateVariable(name);
     analyseValue(context, v, word.substr(eq + 1));
 }

@@ -9,11 +9,16 @@
 #include "api/qxexception.h"
 #include "modeler/userfunction.h"
 
-int yylex(YYSTYPE* lvalp, void* scanner);
-static void yyerror(void* scanner, ParseState* state, const char* message);
+int yylex(YYSTYPE* lvalp, YYLTYPE* llocp, void* scanner);
+static void yyerror(YYLTYPE* location, void* scanner, ParseState* state, const char* message);
 
+// A node stands at the line of its rule's first token (@$), a binary
+// operator at its operator's (@2): where the user wrote it, not where the
+// parser happened to reduce it.
 #define FILE_ state->fileName
-#define LINE_ state->line
+// The generated parser's own stack: long right-nested chains (an else-if
+// chain of 100,000 branches) need it deep; it grows only as used.
+#define YYMAXDEPTH 100000000
 // Creates a node, hands it to the program and stops on excessive nesting.
 #define NODE(target, expr)                     \
     do {                                       \
@@ -32,6 +37,7 @@ static void yyerror(void* scanner, ParseState* state, const char* message);
 }
 
 %glr-parser
+%locations
 %expect 2
 %expect-rr 1
 %define api.pure
@@ -124,7 +130,7 @@ function
     ;
 
 identifier_list
-    : IDENTIFIER { NODE($$, new MNameList(FILE_, LINE_)); $$->names.push_back($1); }
+    : IDENTIFIER { NODE($$, new MNameList(FILE_, @$.first_line)); $$->names.push_back($1); }
     | identifier_list ',' IDENTIFIER { $$ = $1; $$->names.push_back($3); }
     ;
 
@@ -139,16 +145,16 @@ statement
     | modifier_statement
     | function_call_statement
     | return_statement
-    | ';' { MBlock* b; NODE(b, new MBlock(FILE_, LINE_)); $$ = b; }
+    | ';' { MBlock* b; NODE(b, new MBlock(FILE_, @$.first_line)); $$ = b; }
     ;
 
 block_statement
-    : '{' '}' { NODE($$, new MBlock(FILE_, LINE_)); }
-    | '{' statement_list '}' { $$ = $2; }
+    : '{' '}' { NODE($$, new MBlock(FILE_, @$.first_line)); }
+    | '{' statement_list '}' { $$ = $2; $$->setLine(@1.first_line); }
     ;
 
 statement_list
-    : statement { NODE($$, new MBlock(FILE_, LINE_)); $$->addStatement($1); NEST($$); }
+    : statement { NODE($$, new MBlock(FILE_, @$.first_line)); $$->addStatement($1); NEST($$); }
     | statement_list statement { $$ = $1; $$->addStatement($2); NEST($$); }
     ;
 
@@ -156,147 +162,147 @@ assignment_operator: '=' { $$ = false; } | LARROW { $$ = true; } ;
 
 assignment_statement
     : IDENTIFIER assignment_operator expression ';'
-        { NODE($$, new MAssignment(FILE_, LINE_, $1, $3, false, $2)); }
+        { NODE($$, new MAssignment(FILE_, @$.first_line, $1, $3, false, $2)); }
     | IDENTIFIER assg_compositor assignment_operator expression ';'
-        { NODE($$, new MForAssignment(FILE_, LINE_, $1, $2, $4, false, $3)); }
+        { NODE($$, new MForAssignment(FILE_, @$.first_line, $1, $2, $4, false, $3)); }
     | LOCAL IDENTIFIER assignment_operator expression ';'
-        { NODE($$, new MAssignment(FILE_, LINE_, $2, $4, true, $3)); }
+        { NODE($$, new MAssignment(FILE_, @$.first_line, $2, $4, true, $3)); }
     | LOCAL IDENTIFIER assg_compositor assignment_operator expression ';'
-        { NODE($$, new MForAssignment(FILE_, LINE_, $2, $3, $5, true, $4)); }
+        { NODE($$, new MForAssignment(FILE_, @$.first_line, $2, $3, $5, true, $4)); }
     ;
 
-local_statement: LOCAL IDENTIFIER ';' { NODE($$, new MLocal(FILE_, LINE_, $2)); } ;
+local_statement: LOCAL IDENTIFIER ';' { NODE($$, new MLocal(FILE_, @$.first_line, $2)); } ;
 
 if_else_statement
     : IF '(' expression ')' statement %prec LOWER_THAN_ELSE
-        { NODE($$, new MIf(FILE_, LINE_, $3, $5, nullptr)); }
+        { NODE($$, new MIf(FILE_, @$.first_line, $3, $5, nullptr)); }
     | IF '(' expression ')' statement ELSE statement
-        { NODE($$, new MIf(FILE_, LINE_, $3, $5, $7)); }
+        { NODE($$, new MIf(FILE_, @$.first_line, $3, $5, $7)); }
     ;
 
-for_statement: FOR func_compositor statement { NODE($$, new MFor(FILE_, LINE_, $2, $3)); } ;
+for_statement: FOR func_compositor statement { NODE($$, new MFor(FILE_, @$.first_line, $2, $3)); } ;
 
 while_statement
-    : WHILE '(' expression ')' statement { NODE($$, new MWhile(FILE_, LINE_, $3, $5)); } ;
+    : WHILE '(' expression ')' statement { NODE($$, new MWhile(FILE_, @$.first_line, $3, $5)); } ;
 
 dowhile_statement
     : DO statement WHILE '(' expression ')' ';'
-        { NODE($$, new MDoWhile(FILE_, LINE_, $2, $5)); }
+        { NODE($$, new MDoWhile(FILE_, @$.first_line, $2, $5)); }
     ;
 
 modifier_statement
-    : MINIMIZE expression ';' { NODE($$, new MModifier(FILE_, LINE_, ModifierType::Minimize, $2)); }
-    | MAXIMIZE expression ';' { NODE($$, new MModifier(FILE_, LINE_, ModifierType::Maximize, $2)); }
-    | CONSTRAINT expression ';' { NODE($$, new MModifier(FILE_, LINE_, ModifierType::Constraint, $2)); }
+    : MINIMIZE expression ';' { NODE($$, new MModifier(FILE_, @$.first_line, ModifierType::Minimize, $2)); }
+    | MAXIMIZE expression ';' { NODE($$, new MModifier(FILE_, @$.first_line, ModifierType::Maximize, $2)); }
+    | CONSTRAINT expression ';' { NODE($$, new MModifier(FILE_, @$.first_line, ModifierType::Constraint, $2)); }
     ;
 
 function_call_statement
-    : function_call ';' { NODE($$, new MCallStatement(FILE_, LINE_, $1)); } ;
+    : function_call ';' { NODE($$, new MCallStatement(FILE_, @$.first_line, $1)); } ;
 
 return_statement
-    : RETURN ';' { NODE($$, new MReturn(FILE_, LINE_, nullptr)); }
-    | RETURN expression ';' { NODE($$, new MReturn(FILE_, LINE_, $2)); }
+    : RETURN ';' { NODE($$, new MReturn(FILE_, @$.first_line, nullptr)); }
+    | RETURN expression ';' { NODE($$, new MReturn(FILE_, @$.first_line, $2)); }
     ;
 
 function_call
-    : IDENTIFIER '(' ')' { NODE($$, new MFunctionCall(FILE_, LINE_, $1)); }
-    | IDENTIFIER '(' func_arg_list ')' { $$ = $3; $$->setName($1); }
+    : IDENTIFIER '(' ')' { NODE($$, new MFunctionCall(FILE_, @$.first_line, $1)); }
+    | IDENTIFIER '(' func_arg_list ')' { $$ = $3; $$->setName($1); $$->setLine(@1.first_line); }
     | IDENTIFIER func_compositor '(' func_arg_list ')'
-        { $$ = $4; $$->setName($1); $$->setCompositor($2); NEST($$); }
+        { $$ = $4; $$->setName($1); $$->setLine(@1.first_line); $$->setCompositor($2); NEST($$); }
     ;
 
 /* The argument list is collected in a call node named later by its rule. */
 func_arg_list
-    : expression { NODE($$, new MFunctionCall(FILE_, LINE_, nullptr)); $$->addArgument($1); NEST($$); }
+    : expression { NODE($$, new MFunctionCall(FILE_, @$.first_line, nullptr)); $$->addArgument($1); NEST($$); }
     | func_arg_list ',' expression { $$ = $1; $$->addArgument($3); NEST($$); }
     ;
 
 func_compositor
-    : '[' filter_iterator ']' { NODE($$, new MCompositor(FILE_, LINE_)); $$->addIterator($2); NEST($$); }
+    : '[' filter_iterator ']' { NODE($$, new MCompositor(FILE_, @$.first_line)); $$->addIterator($2); NEST($$); }
     | func_compositor '[' filter_iterator ']' { $$ = $1; $$->addIterator($3); NEST($$); if ((int)$$->size() > ParseState::kMaxNesting) { state->fail("Program nested too deeply (more than " + std::to_string(ParseState::kMaxNesting) + " levels)."); YYABORT; } }
     ;
 
 assg_compositor
     : '[' expression ']'
-        { MIterator* it; NODE(it, new MSingleIterator(FILE_, LINE_, $2)); NODE($$, new MCompositor(FILE_, LINE_)); $$->addIterator(it); NEST($$); }
-    | '[' filter_iterator ']' { NODE($$, new MCompositor(FILE_, LINE_)); $$->addIterator($2); NEST($$); }
+        { MIterator* it; NODE(it, new MSingleIterator(FILE_, @$.first_line, $2)); NODE($$, new MCompositor(FILE_, @$.first_line)); $$->addIterator(it); NEST($$); }
+    | '[' filter_iterator ']' { NODE($$, new MCompositor(FILE_, @$.first_line)); $$->addIterator($2); NEST($$); }
     | assg_compositor '[' expression ']'
-        { MIterator* it; NODE(it, new MSingleIterator(FILE_, LINE_, $3)); $$ = $1; $$->addIterator(it); NEST($$); if ((int)$$->size() > ParseState::kMaxNesting) { state->fail("Program nested too deeply (more than " + std::to_string(ParseState::kMaxNesting) + " levels)."); YYABORT; } }
+        { MIterator* it; NODE(it, new MSingleIterator(FILE_, @$.first_line, $3)); $$ = $1; $$->addIterator(it); NEST($$); if ((int)$$->size() > ParseState::kMaxNesting) { state->fail("Program nested too deeply (more than " + std::to_string(ParseState::kMaxNesting) + " levels)."); YYABORT; } }
     | assg_compositor '[' filter_iterator ']' { $$ = $1; $$->addIterator($3); NEST($$); if ((int)$$->size() > ParseState::kMaxNesting) { state->fail("Program nested too deeply (more than " + std::to_string(ParseState::kMaxNesting) + " levels)."); YYABORT; } }
     ;
 
 filter_iterator
     : key_value IN simple_iterator ':' expression
-        { NODE($$, new MFilterIterator(FILE_, LINE_, $1->names, $3, $5)); }
+        { NODE($$, new MFilterIterator(FILE_, @$.first_line, $1->names, $3, $5)); }
     | key_value IN simple_iterator
-        { NODE($$, new MFilterIterator(FILE_, LINE_, $1->names, $3, nullptr)); }
-    | expression DOTDOT expression { NODE($$, new MRangeIterator(FILE_, LINE_, $1, $3)); }
+        { NODE($$, new MFilterIterator(FILE_, @$.first_line, $1->names, $3, nullptr)); }
+    | expression DOTDOT expression { NODE($$, new MRangeIterator(FILE_, @2.first_line, $1, $3)); }
     ;
 
 simple_iterator
-    : expression { NODE($$, new MValueIterator(FILE_, LINE_, $1)); }
-    | expression DOTDOT expression { NODE($$, new MRangeIterator(FILE_, LINE_, $1, $3)); }
+    : expression { NODE($$, new MValueIterator(FILE_, @$.first_line, $1)); }
+    | expression DOTDOT expression { NODE($$, new MRangeIterator(FILE_, @2.first_line, $1, $3)); }
     ;
 
 key_value
-    : IDENTIFIER { NODE($$, new MNameList(FILE_, LINE_)); $$->names.push_back($1); }
+    : IDENTIFIER { NODE($$, new MNameList(FILE_, @$.first_line)); $$->names.push_back($1); }
     | IDENTIFIER ',' IDENTIFIER
-        { NODE($$, new MNameList(FILE_, LINE_)); $$->names.push_back($1); $$->names.push_back($3); }
+        { NODE($$, new MNameList(FILE_, @$.first_line)); $$->names.push_back($1); $$->names.push_back($3); }
     ;
 
 expression
     : brace_expression
-    | expression '?' expression ':' expression { NODE($$, new MTernary(FILE_, LINE_, $1, $3, $5)); }
-    | expression OR expression { NODE($$, new MOr(FILE_, LINE_, $1, $3)); }
-    | expression AND expression { NODE($$, new MAnd(FILE_, LINE_, $1, $3)); }
-    | expression EQ expression { NODE($$, new MComparison(FILE_, LINE_, MComparison::Eq, $1, $3)); }
-    | expression NEQ expression { NODE($$, new MComparison(FILE_, LINE_, MComparison::Neq, $1, $3)); }
-    | expression '<' expression { NODE($$, new MComparison(FILE_, LINE_, MComparison::Lt, $1, $3)); }
-    | expression '>' expression { NODE($$, new MComparison(FILE_, LINE_, MComparison::Gt, $1, $3)); }
-    | expression LEQ expression { NODE($$, new MComparison(FILE_, LINE_, MComparison::Leq, $1, $3)); }
-    | expression GEQ expression { NODE($$, new MComparison(FILE_, LINE_, MComparison::Geq, $1, $3)); }
-    | expression '+' expression { NODE($$, new MSum(FILE_, LINE_, $1, $3)); }
-    | expression '-' expression { NODE($$, new MSub(FILE_, LINE_, $1, $3)); }
-    | expression '*' expression { NODE($$, new MProduct(FILE_, LINE_, $1, $3)); }
-    | expression '/' expression { NODE($$, new MDivide(FILE_, LINE_, $1, $3)); }
-    | expression '%' expression { NODE($$, new MModulo(FILE_, LINE_, $1, $3)); }
+    | expression '?' expression ':' expression { NODE($$, new MTernary(FILE_, @2.first_line, $1, $3, $5)); }
+    | expression OR expression { NODE($$, new MOr(FILE_, @2.first_line, $1, $3)); }
+    | expression AND expression { NODE($$, new MAnd(FILE_, @2.first_line, $1, $3)); }
+    | expression EQ expression { NODE($$, new MComparison(FILE_, @2.first_line, MComparison::Eq, $1, $3)); }
+    | expression NEQ expression { NODE($$, new MComparison(FILE_, @2.first_line, MComparison::Neq, $1, $3)); }
+    | expression '<' expression { NODE($$, new MComparison(FILE_, @2.first_line, MComparison::Lt, $1, $3)); }
+    | expression '>' expression { NODE($$, new MComparison(FILE_, @2.first_line, MComparison::Gt, $1, $3)); }
+    | expression LEQ expression { NODE($$, new MComparison(FILE_, @2.first_line, MComparison::Leq, $1, $3)); }
+    | expression GEQ expression { NODE($$, new MComparison(FILE_, @2.first_line, MComparison::Geq, $1, $3)); }
+    | expression '+' expression { NODE($$, new MSum(FILE_, @2.first_line, $1, $3)); }
+    | expression '-' expression { NODE($$, new MSub(FILE_, @2.first_line, $1, $3)); }
+    | expression '*' expression { NODE($$, new MProduct(FILE_, @2.first_line, $1, $3)); }
+    | expression '/' expression { NODE($$, new MDivide(FILE_, @2.first_line, $1, $3)); }
+    | expression '%' expression { NODE($$, new MModulo(FILE_, @2.first_line, $1, $3)); }
     | '+' expression %prec UNARY { $$ = $2; }
-    | '-' expression %prec UNARY { NODE($$, new MMinus(FILE_, LINE_, $2)); }
-    | '!' expression %prec UNARY { NODE($$, new MNot(FILE_, LINE_, $2)); }
+    | '-' expression %prec UNARY { NODE($$, new MMinus(FILE_, @$.first_line, $2)); }
+    | '!' expression %prec UNARY { NODE($$, new MNot(FILE_, @$.first_line, $2)); }
     ;
 
 brace_expression
     : primary_expression
     | '(' expression ')' { $$ = $2; }
-    | brace_expression '[' expression ']' { NODE($$, new MIndexer(FILE_, LINE_, $1, $3)); }
+    | brace_expression '[' expression ']' { NODE($$, new MIndexer(FILE_, @2.first_line, $1, $3)); }
     ;
 
 primary_expression
-    : TRUE_KW { NODE($$, new MValue(FILE_, LINE_, Value(1))); }
-    | FALSE_KW { NODE($$, new MValue(FILE_, LINE_, Value(0))); }
-    | NIL_KW { NODE($$, new MValue(FILE_, LINE_, Value())); }
-    | STRING { NODE($$, new MValue(FILE_, LINE_, Value(*$1))); }
-    | INTEGER { NODE($$, new MValue(FILE_, LINE_, Value($1))); }
-    | IDENTIFIER { NODE($$, new MIdentifier(FILE_, LINE_, $1)); }
+    : TRUE_KW { NODE($$, new MValue(FILE_, @$.first_line, Value(1))); }
+    | FALSE_KW { NODE($$, new MValue(FILE_, @$.first_line, Value(0))); }
+    | NIL_KW { NODE($$, new MValue(FILE_, @$.first_line, Value())); }
+    | STRING { NODE($$, new MValue(FILE_, @$.first_line, Value(*$1))); }
+    | INTEGER { NODE($$, new MValue(FILE_, @$.first_line, Value($1))); }
+    | IDENTIFIER { NODE($$, new MIdentifier(FILE_, @$.first_line, $1)); }
     | function_call { $$ = $1; }
     | table_expression { $$ = $1; }
     ;
 
 table_expression
-    : '{' '}' { NODE($$, new MTableDeclaration(FILE_, LINE_)); }
-    | '{' table_list '}' { $$ = $2; }
+    : '{' '}' { NODE($$, new MTableDeclaration(FILE_, @$.first_line)); }
+    | '{' table_list '}' { $$ = $2; $$->setLine(@1.first_line); }
     ;
 
 table_list
-    : expression { NODE($$, new MTableDeclaration(FILE_, LINE_)); $$->addElement(nullptr, $1); NEST($$); }
-    | STRING '=' expression { NODE($$, new MTableDeclaration(FILE_, LINE_)); $$->addElement($1, $3); NEST($$); }
+    : expression { NODE($$, new MTableDeclaration(FILE_, @$.first_line)); $$->addElement(nullptr, $1); NEST($$); }
+    | STRING '=' expression { NODE($$, new MTableDeclaration(FILE_, @$.first_line)); $$->addElement($1, $3); NEST($$); }
     | table_list ',' expression { $$ = $1; $$->addElement(nullptr, $3); NEST($$); }
     | table_list ',' STRING '=' expression { $$ = $1; $$->addElement($3, $5); NEST($$); }
     ;
 
 %%
 
-static void yyerror(void*, ParseState* state, const char* message) { state->fail(message); }
+static void yyerror(YYLTYPE*, void*, ParseState* state, const char* message) { state->fail(message); }
 
 // The generated parser's verbose form, with the tokens' display names: up to
 // four expected tokens are listed, none when there are more.

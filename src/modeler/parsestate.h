@@ -22,6 +22,7 @@ struct ParseState {
     std::string error;
     std::string text;  // string literal being collected
     int commentLine = 0;
+    int stringLine = 0;  // where the string literal being collected opens
 
     ParseState(Program* program_, const std::string* fileName_)
         : program(program_), fileName(fileName_) {}

@@ -21,7 +21,7 @@ int yylex_destroy(yyscan_t scanner);
 YY_BUFFER_STATE yy_scan_bytes(const char* bytes, int length, yyscan_t scanner);
 
 namespace {
-const char* const kSource = "src/modeler/program";
+const char* const UNIT = "src/modeler/program";
 }
 
 Program::Program() {
@@ -39,12 +39,23 @@ void Program::parse(const std::string& fileName) {
     if (!in)
         throw ModelerException("'" + fileName + "' doesn't exist or is not accessible.", 0,
                                fileName, "parse");
+    // Read in pieces and stop at the cap: the size a file reports may be
+    // wrong (a device, a pipe) and the text is never read whole first.
     std::string text;
     char buffer[65536];
     size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, in)) > 0) text.append(buffer, n);
+    bool tooLarge = false;
+    while (!tooLarge && (n = std::fread(buffer, 1, sizeof buffer, in)) > 0) {
+        tooLarge = text.size() + n > kMaxProgramSize;
+        if (!tooLarge) text.append(buffer, n);
+    }
     bool failed = std::ferror(in) != 0;
     std::fclose(in);
+    if (tooLarge)
+        throw ModelerException("'" + fileName + "' is larger than " +
+                                   std::to_string(kMaxProgramSize) +
+                                   " bytes, too large for a program file.",
+                               0, fileName, "parse");
     if (failed) throw ModelerException("File not found or read error", 0, fileName, "parse");
     parseText(text, fileName);
 }
@@ -70,16 +81,14 @@ void Program::addFunction(Function* function) {
     std::unique_ptr<Function> owned(function);
     const std::string& name = function->getName();
     if (functions.count(name))
-        throw ModelerException("Function '" + name + "' already defined.", __LINE__, kSource,
-                               "addFunction");
+        throw ModelerException("Function '" + name + "' already defined.", QX_HERE);
     functions.emplace(name, std::move(owned));
 }
 
 Function* Program::getFunction(const std::string& name) const {
     auto it = functions.find(name);
     if (it == functions.end())
-        throw ModelerException("Function '" + name + "' undefined.", __LINE__, kSource,
-                               "getFunction");
+        throw ModelerException("Function '" + name + "' undefined.", QX_HERE);
     return it->second.get();
 }
 

@@ -3,6 +3,7 @@
 #include "modeler/function.h"
 #include "modeler/variableset.h"
 
+#include <cstddef>
 #include <deque>
 #include <memory>
 #include <string>
@@ -21,6 +22,9 @@ public:
     ~Program();
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
+
+    // Largest program file (or included file) read, in bytes.
+    static const size_t kMaxProgramSize = size_t(256) << 20;
 
     // Parses a program file, adding its functions. Also used by "include".
     void parse(const std::string& fileName);

@@ -11,7 +11,7 @@
 #include <vector>
 
 namespace {
-const char* const kSource = "src/modeler/value";
+const char* const UNIT = "src/modeler/value";
 
 const TVoid tVoid;
 const TString tString;
@@ -67,7 +67,7 @@ Value Type::neq(Context*, const Value&, const Value&) const { return Value(); }
 Value Type::ternary(Context*, const Value&, const Value&, const Value&) const { return Value(); }
 Value Type::index(Context*, const Value&, const Value&) const { return Value(); }
 Value Type::modify(Context*, ModifierType, const Value&) const {
-    throw ModelerException("Modifier type not supported", __LINE__, kSource, "modify");
+    throw ModelerException("Modifier type not supported", QX_HERE);
 }
 Value Type::link(Context*, const Value& v, const std::string&) const { return v; }
 
@@ -100,28 +100,24 @@ const std::string& Value::asString() const {
 void throwInvalid(const char* symbol, const Value& a, const Value& b) {
     throw ModelerException(std::string("Cannot apply '") + symbol + "' operator between types '" +
                                a.getType()->getName() + "' and '" + b.getType()->getName() +
-                               "'.",
-                           __LINE__, kSource, "throwInvalid");
+                               "'.", QX_HERE);
 }
 
 void throwInvalidUnary(const char* symbol, const Value& a) {
     throw ModelerException(std::string("Cannot apply '") + symbol + "' operator on type '" +
-                               a.getType()->getName() + "'.",
-                           __LINE__, kSource, "throwInvalid");
+                               a.getType()->getName() + "'.", QX_WHERE(UNIT, "throwInvalid"));
 }
 
 void Value::checkType(const Type* t) const {
     if (type != t)
         throw ModelerException("Cannot cast '" + type->getName() + "' to '" + t->getName() + "'.",
-                               __LINE__, kSource, "checkType");
+                               QX_HERE);
 }
 
 void Value::checkKey() const {
     if (!isInt() && !isString())
-        throw ModelerException(
-            "Only types 'string' and 'int' are allowed for keys. Type provided : '" +
-                type->getName() + "'.",
-            __LINE__, kSource, "checkKey");
+        throw ModelerException("Only types 'string' and 'int' are allowed for keys. Type provided : '" +
+                type->getName() + "'.", QX_HERE);
 }
 
 qxint Value::castToInt() const {
@@ -136,8 +132,7 @@ const std::string& Value::castToString() const {
 
 bool Value::castToBool() const {
     if (isBool()) return payload.i == 1;
-    throw ModelerException("Cannot cast '" + type->getName() + "' to 'boolean'.", __LINE__,
-                           kSource, "castToBool");
+    throw ModelerException("Cannot cast '" + type->getName() + "' to 'boolean'.", QX_HERE);
 }
 
 // Left type first, then the right type, then the dispatch error.

@@ -3,7 +3,7 @@
 #include "modeler/modelerexception.h"
 
 namespace {
-const char* const kSource = "src/modeler/variableset";
+const char* const UNIT = "src/modeler/variableset";
 }
 
 VariableSet::VariableSet() : parent(nullptr), global(true), ownCounter(0), slotCounter(&ownCounter) {}
@@ -41,15 +41,13 @@ bool VariableSet::isVariableDefined(const std::string& name) const {
 
 Variable* VariableSet::getVariable(const std::string& name) const {
     Variable* v = findVariable(name);
-    if (!v) throw ModelerException("Variable '" + name + "' undefined.", __LINE__, kSource,
-                                   "getVariable");
+    if (!v) throw ModelerException("Variable '" + name + "' undefined.", QX_HERE);
     return v;
 }
 
 Variable* VariableSet::createVariable(const std::string& name) {
     if (findOwnVariable(name))
-        throw ModelerException("Variable '" + name + "' already defined.", __LINE__, kSource,
-                               "createVariable");
+        throw ModelerException("Variable '" + name + "' already defined.", QX_HERE);
     Variable* v = new Variable(name, this, (*slotCounter)++, global);
     variables.emplace(name, std::unique_ptr<Variable>(v));
     return v;

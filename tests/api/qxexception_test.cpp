@@ -15,22 +15,35 @@ TEST(QXException, CarriesFieldsAndBuildsMessage) {
     EXPECT_STREQ(e.what(), "ERROR [function setValue]: Only decisions can be set.");
 }
 
-TEST(QXException, SubclassesAreCaughtAsTheBaseWithTheirOwnFieldOrder) {
-    // The kernel's constructor takes the location first; the message must
-    // still come out right whichever subclass raised it.
+namespace {
+const char* const UNIT = "tests/api/qxexception_test";
+int raisingLine = 0;
+[[noreturn]] void raiseHere() {
+    raisingLine = __LINE__ + 1;
+    throw ModelerException("Division by zero.", QX_HERE);
+}
+}  // namespace
+
+TEST(QXException, SubclassesCarryTheRaisingCallsLocation) {
     try {
-        throw KernelException("src/modeler/launcher", 150, "getSolverIntegerParameter", "bad");
+        raiseHere();
     } catch (const QXException& e) {
+        EXPECT_NE(dynamic_cast<const ModelerException*>(&e), nullptr);
+        EXPECT_EQ(e.getFileName(), UNIT);
+        EXPECT_EQ(e.getLineNumber(), raisingLine);
+        EXPECT_EQ(e.getFunctionName(), "raiseHere");
+        EXPECT_EQ(e.getMessage(), "ERROR [function raiseHere]: Division by zero.");
+    }
+    // A contract line stays what the contract says, wherever the call is.
+    try {
+        throw KernelException("bad", QXWhere::contractLine("src/modeler/launcher", 150,
+                                                           "getSolverIntegerParameter"));
+    } catch (const QXException& e) {
+        EXPECT_NE(dynamic_cast<const KernelException*>(&e), nullptr);
         EXPECT_EQ(e.getExplanation(), "bad");
         EXPECT_EQ(e.getFileName(), "src/modeler/launcher");
         EXPECT_EQ(e.getLineNumber(), 150);
         EXPECT_EQ(e.getMessage(), "ERROR [function getSolverIntegerParameter]: bad");
-    }
-    try {
-        throw ModelerException("Division by zero.", 3, "src/modeler/value/tint", "div");
-    } catch (const QXException& e) {
-        EXPECT_NE(dynamic_cast<const ModelerException*>(&e), nullptr);
-        EXPECT_EQ(e.getMessage(), "ERROR [function div]: Division by zero.");
     }
 }
 

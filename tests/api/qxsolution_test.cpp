@@ -65,7 +65,15 @@ TEST(QXSolution, ArgumentChecks) {
                        "setValue"));
     EXPECT_TRUE(raises([&] { sol->setValue(s.cost->getOperand(2)->getOperand(1), 1); },
                        "Only decisions can be set."));
-    EXPECT_EQ(sol->getValue(s.cost), 0);
+    // A decision takes 0 or 1 only; a refused value leaves the old one.
+    sol->setValue(s.x, 1);
+    for (int64_t bad : {int64_t(2), int64_t(-1), INT64_MAX, INT64_MIN})
+        EXPECT_TRUE(raises([&] { sol->setValue(s.x, bad); },
+                           "The value of a decision must be 0 or 1 (value given: " +
+                               std::to_string(bad) + ").",
+                           Unit, "setValue"));
+    EXPECT_EQ(sol->getValue(s.x), 1);
+    sol->setValue(s.x, 0);
 }
 
 TEST(QXSolution, StateGuards) {

@@ -91,19 +91,45 @@ TEST(Parser, KeywordPrefixesAreIdentifiers) {
     EXPECT_EQ(r.global("variable").asInt(), 6);
 }
 
-TEST(Parser, DeepNestingIsRefusedNotOverflowed) {
-    std::string sum = "function f() { x = 1";
-    for (int i = 0; i < 5000; ++i) sum += " + 1";
-    EXPECT_NE(parseError(sum + "; }").find("nested too deeply"), std::string::npos);
-    std::string parens = "function f() { x = " + std::string(20000, '(') + "1" +
+TEST(Parser, GeneratedChainsRunAtAnyLength) {
+    // A million-term sum written out, as a generator would.
+    std::string sum = "function f() { x = 0";
+    sum.reserve(5000100);
+    for (int i = 1; i <= 1000000; ++i) sum += i % 2 ? " + 3" : " - 1";
+    ProgramRun big(sum + "; }");
+    big.call("f");
+    EXPECT_EQ(big.global("x").asInt(), 1000000);
+    // An else-if chain of 100,000 branches, its last branch taken.
+    std::string chain = "function g(n) { if (n == 0) y = 0;";
+    for (int i = 1; i < 100000; ++i)
+        chain += i == 50000 ? "\nelse if (n / (n - 50000) == 1) y = 0;"
+                            : "\nelse if (n == " + std::to_string(i) + ") y = " + std::to_string(i) + ";";
+    ProgramRun branches(chain + "\nelse y = -1; }");
+    branches.call("g", {Value(99999)});
+    EXPECT_EQ(branches.global("y").asInt(), 99999);
+    branches.call("g", {Value(100000)});
+    EXPECT_EQ(branches.global("y").asInt(), -1);
+    // An error in the middle of the chain names its own branch's line.
+    try {
+        branches.call("g", {Value(50000)});
+        FAIL();
+    } catch (const QXException& e) {
+        EXPECT_EQ(e.getExplanation(), "Division by zero.");
+        EXPECT_EQ(branches.context.getInstructionPointer()->getLine(), 50001);
+    }
+    std::string parens = "function h() { z = " + std::string(20000, '(') + "1" +
                          std::string(20000, ')') + "; }";
-    EXPECT_EQ(parseError(parens), "At line 1 : memory exhausted");
+    EXPECT_EQ(parseError(parens), "no error");
+}
+
+TEST(Parser, DeepNestingIsRefusedNotOverflowed) {
     std::string ifs = "function f() { ";
-    for (int i = 0; i < 3000; ++i) ifs += "if (1) ";
-    EXPECT_EQ(parseError(ifs + "x = 1; }"), "At line 1 : memory exhausted");
-    std::string ifs2 = "function f() { ";
-    for (int i = 0; i < 1200; ++i) ifs2 += "if (1) ";
-    EXPECT_NE(parseError(ifs2 + "x = 1; }").find("nested too deeply"), std::string::npos);
+    for (int i = 0; i < 1200; ++i) ifs += "if (1) ";
+    EXPECT_NE(parseError(ifs + "x = 1; }").find("nested too deeply"), std::string::npos);
+    std::string right = "function f() { x = 1";
+    for (int i = 0; i < 1200; ++i) right += " + (1";
+    EXPECT_NE(parseError(right + std::string(1200, ')') + "; }").find("nested too deeply"),
+              std::string::npos);
 }
 
 TEST(Parser, NodesCarryFileAndLine) {
@@ -124,11 +150,25 @@ TEST(Interpreter, RecursionKeepsSeparateFramesAndIsBounded) {
           "function down(n) { return down(n + 1); }");
     r.call("fib", {Value(20)});
     EXPECT_EQ(r.result.asInt(), 6765);
+#if !QX_ADDRESS_SANITIZER
+    // Far deeper than a fixed small limit: 100,000 nested calls (the
+    // instrumented build's smaller stack does not hold them).
+    ProgramRun deep("function depth(n) { if (n == 0) return 0; return depth(n - 1) + 1; }");
+    deep.call("depth", {Value(100000)});
+    EXPECT_EQ(deep.result.asInt(), 100000);
+#endif
     try {
         r.call("down", {Value(0)});
         FAIL();
     } catch (const QXException& e) {
-        EXPECT_EQ(e.getExplanation(), "Function 'down': more than 10000 nested calls (recursion too deep).");
+        // The call limit, or in an instrumented build the stack's budget,
+        // whichever comes first.
+        const std::string text = e.getExplanation();
+        EXPECT_EQ(text.rfind("Function 'down': more than ", 0), 0u) << text;
+        EXPECT_NE(text.find(" nested calls (recursion too deep)."), std::string::npos) << text;
+#if !QX_ADDRESS_SANITIZER
+        EXPECT_EQ(text, "Function 'down': more than 1000000 nested calls (recursion too deep).");
+#endif
     }
     // The context stays usable after the failure.
     r.call("fib", {Value(10)});
@@ -208,4 +248,27 @@ TEST(Parser, KeywordsAndOperatorsHaveDisplayNames) {
     for (auto& c : cases)
         EXPECT_EQ(parseError(std::string("function f() { x = ") + c[0] + "; }"),
                   std::string("At line 1 : syntax error, unexpected ") + c[1]);
+}
+
+TEST(Interpreter, InstructionBudgetEndsEndlessLoopsOfEveryKind) {
+    // The harnesses that run untrusted programs rely on it: a loop, a
+    // recursion and an iterated call without statements all meet it.
+    for (const char* body : {"while (true) {}", "do {} while (1);", "f();",
+                             "println[i in 0..9223372036854775806](\"\");",
+                             "x[i in 0..9223372036854775806] = i;"}) {
+        ProgramRun r(std::string("function f() { ") + body + " }");
+        r.context.setInstructionBudget(10000);
+        try {
+            r.call("f");
+            ADD_FAILURE() << body;
+        } catch (const QXException& e) {
+            EXPECT_EQ(e.getExplanation(), "The instruction budget of this run is exhausted.")
+                << body;
+        }
+    }
+    // Within the budget a program runs as usual.
+    ProgramRun small("function g() { s = 0; for [i in 1..100] s = s + i; }");
+    small.context.setInstructionBudget(10000);
+    small.call("g");
+    EXPECT_EQ(small.global("s").asInt(), 5050);
 }

@@ -11,7 +11,7 @@
 // Console and files.
 namespace {
 
-const char* const kSource = "src/modeler/lib/iolibrary";
+const char* const UNIT = "src/modeler/lib/iolibrary";
 const int kInput = (int)Section::input;
 const int kOutput = (int)Section::output;
 
@@ -29,22 +29,27 @@ VFile* readerFile(const std::vector<Value>& args, const char* function) {
     if (args[0].getType() != RefTypes::T_FILE)
         throw ModelerException(std::string("Function ") + function +
                                    " cannot handle argument of type " +
-                                   args[0].getType()->getName(),
-                               __LINE__, kSource, function);
+                                   args[0].getType()->getName(), QX_WHERE(UNIT, function));
     return static_cast<VFile*>(args[0].getReference());
 }
 
-// Prompts with "?" and reads one line of standard input. A failed read is
-// retried while input remains; at its end the read fails.
+// Prompts with "?" and reads one line of standard input; at its end the
+// read fails. A line is capped like a file's, so an endless input without
+// a line end is refused instead of filling the memory.
 std::string consoleLine() {
+    std::cout << "?" << std::flush;
     std::string line;
-    for (;;) {
-        std::cout << "?" << std::flush;
-        if (std::getline(std::cin, line)) return line;
-        if (std::cin.eof())
-            throw ModelerException("End of file.", __LINE__, kSource, "readln");
-        std::cin.clear();
+    int c;
+    while ((c = std::cin.get()) != EOF && c != '\n') {
+        if (line.size() == VFile::kMaxLineLength)
+            throw ModelerException(
+                VFile::tooLong("Line", VFile::kMaxLineLength, "standard input"),
+                QX_WHERE(UNIT, "readln"));
+        line += (char)c;
     }
+    if (c == EOF && line.empty())
+        throw ModelerException("End of file.", QX_WHERE(UNIT, "readln"));
+    return line;
 }
 
 Value openFile(std::vector<Value>& args, VFile::AccessMode mode) {

@@ -10,6 +10,8 @@
 // Maps, inclusion of other program files, user errors.
 namespace {
 
+const char* const UNIT = "src/modeler/lib/langlibrary";
+
 VMap* mapArgument(const Value& v) {
     v.checkType(RefTypes::T_MAP);
     return TMap::asMap(v);
@@ -57,7 +59,7 @@ Value include(Context* context, std::vector<Value>& args) {
 
 Value error(Context*, std::vector<Value>& args) {
     std::string message = args.empty() ? std::string("(error)") : args[0].castToString();
-    throw ModelerException(message, __LINE__, "src/modeler/lib/langlibrary", "error");
+    throw ModelerException(message, QX_HERE);
 }
 
 }  // namespace

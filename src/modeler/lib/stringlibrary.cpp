@@ -10,6 +10,8 @@
 
 namespace {
 
+const char* const UNIT = "src/modeler/lib/stringlibrary";
+
 std::string trimmed(const std::string& s) {
     size_t begin = 0, end = s.size();
     while (begin < end && std::isspace((unsigned char)s[begin])) ++begin;
@@ -25,7 +27,7 @@ Value toInt(Context*, std::vector<Value>& args) {
         return Value(castToQxInt(trimmed(s)));
     } catch (const QXException&) {
         throw ModelerException("The given argument '" + s + "' cannot be converted to int",
-                               __LINE__, "src/modeler/lib/stringlibrary", "toInt");
+                               QX_HERE);
     }
 }
 

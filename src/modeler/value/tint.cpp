@@ -6,7 +6,7 @@
 #include <limits>
 
 namespace {
-const char* const kSource = "src/modeler/value/tint";
+const char* const UNIT = "src/modeler/value/tint";
 bool bothInt(const Value& a, const Value& b) { return a.isInt() && b.isInt(); }
 }  // namespace
 
@@ -19,12 +19,12 @@ Value TInt::opp(Context*, const Value& a) const { return Value(WrapArith::sub(0,
 Value TInt::bnot(Context*, const Value& a) const { return Value(!a.castToBool()); }
 
 qxint TInt::checkedDiv(qxint a, qxint b) {
-    if (b == 0) throw ModelerException("Division by zero.", __LINE__, kSource, "div");
+    if (b == 0) throw ModelerException("Division by zero.", QX_WHERE(UNIT, "div"));
     return WrapArith::divide(a, b);
 }
 
 qxint TInt::checkedMod(qxint a, qxint b) {
-    if (b == 0) throw ModelerException("Division by zero.", __LINE__, kSource, "mod");
+    if (b == 0) throw ModelerException("Division by zero.", QX_WHERE(UNIT, "mod"));
     return WrapArith::modulo(a, b);
 }
 

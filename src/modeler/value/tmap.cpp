@@ -5,6 +5,7 @@
 #include "modeler/value/vmapiterator.h"
 
 namespace {
+const char* const UNIT = "src/modeler/value/tmap";
 // Deeper nesting than this is a map stored in itself, or data no one prints.
 const int kMaxPrintDepth = 200;
 }  // namespace
@@ -13,7 +14,7 @@ std::string TMap::toString(Context* c, const Value& v, int depth) const {
     if (depth > kMaxPrintDepth)
         throw ModelerException("Cannot convert a map nested more than " +
                                    std::to_string(kMaxPrintDepth) + " levels deep to text.",
-                               __LINE__, "src/modeler/value/tmap", "toString");
+                               QX_HERE);
     std::string out = "[ ";
     VMapIterator it(asMap(v));
     while (it.next()) {

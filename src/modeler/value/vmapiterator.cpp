@@ -3,6 +3,10 @@
 #include "modeler/modelerexception.h"
 #include "modeler/value/vmap.h"
 
+namespace {
+const char* const UNIT = "src/modeler/value/vmapiterator";
+}  // namespace
+
 VMapIterator::VMapIterator(VMap* map_)
     : map(map_), versionId(map_->getVersionId()), phase(Start), lastInt(0), denseIndex(0) {
     map->reference();
@@ -13,8 +17,7 @@ VMapIterator::~VMapIterator() { map->unreference(); }
 bool VMapIterator::next() {
     if (phase == End) return false;
     if (map->getVersionId() != versionId)
-        throw ModelerException("Cannot iterate on a modified map", __LINE__,
-                               "src/modeler/value/vmapiterator", "next");
+        throw ModelerException("Cannot iterate on a modified map", QX_HERE);
     auto& ints = map->intKeys;
     auto takeInt = [this](std::map<qxint, Value>::const_iterator it) {
         lastInt = it->first;

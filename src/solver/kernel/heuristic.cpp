@@ -12,10 +12,13 @@ const char* const SOURCE = "src/solver/kernel/heuristic";
 }  // namespace
 
 Heuristic::Heuristic(Dag* dag) : dag(dag) {
-    if (!dag->isInit()) throw KernelException(SOURCE, 29, "Heuristic", "The dag must be initialized.");
+    if (!dag->isInit())
+        throw KernelException("The dag must be initialized.",
+                              QXWhere::contractLine(SOURCE, 29, "Heuristic"));
     const DagFixedFields& fixed = dag->getFixedFields();
     if (fixed.objectives().empty())
-        throw KernelException(SOURCE, 31, "Heuristic", "At least one objective is needed.");
+        throw KernelException("At least one objective is needed.",
+                              QXWhere::contractLine(SOURCE, 31, "Heuristic"));
     // By default only an objective's own range can end the search.
     for (ObjectiveDirection direction : fixed.directions())
         objectiveBounds.push_back(direction == Maximize ? std::numeric_limits<long long>::max()
@@ -56,7 +59,9 @@ void Heuristic::addMove(Move* move) { moves.push_back(move); }
 
 void Heuristic::removeMove(Move* move) {
     auto it = std::find(moves.begin(), moves.end(), move);
-    if (it == moves.end()) throw KernelException(SOURCE, 75, "removeMove", "Bad argument value.");
+    if (it == moves.end())
+        throw KernelException("Bad argument value.",
+                              QXWhere::contractLine(SOURCE, 75, "removeMove"));
     moves.erase(it);
     delete move;
 }
@@ -68,7 +73,8 @@ void Heuristic::clearMoves() {
 }
 
 Move* Heuristic::getMove(unsigned int i) const {
-    if (i >= moves.size()) throw KernelException(SOURCE, 188, "getMove", "Bad argument value.");
+    if (i >= moves.size())
+        throw KernelException("Bad argument value.", QXWhere::contractLine(SOURCE, 188, "getMove"));
     return moves[i];
 }
 
@@ -82,17 +88,22 @@ void Heuristic::removeCallback(HeuristicCallback* callback) {
 
 void Heuristic::setOptimizedObjective(unsigned int objective) {
     if (objective >= objectiveBounds.size())
-        throw KernelException(SOURCE, 265, "setOptimizedObjective", "The given objective index is invalid");
+        throw KernelException("The given objective index is invalid",
+                              QXWhere::contractLine(SOURCE, 265, "setOptimizedObjective"));
     optimizedObjective = objective;
 }
 
 void Heuristic::setObjectiveBound(unsigned int objective, long long bound) {
-    if (objective >= objectiveBounds.size()) throw KernelException(SOURCE, 59, "setObjectiveBound", "Bad argument.");
+    if (objective >= objectiveBounds.size())
+        throw KernelException("Bad argument.",
+                              QXWhere::contractLine(SOURCE, 59, "setObjectiveBound"));
     objectiveBounds[objective] = bound;
 }
 
 long long Heuristic::getObjectiveBound(unsigned int objective) const {
-    if (objective >= objectiveBounds.size()) throw KernelException(SOURCE, 64, "getObjectiveBound", "Bad argument.");
+    if (objective >= objectiveBounds.size())
+        throw KernelException("Bad argument.",
+                              QXWhere::contractLine(SOURCE, 64, "getObjectiveBound"));
     return objectiveBounds[objective];
 }
 
@@ -103,7 +114,9 @@ void Heuristic::buildMovesArray() {
 }
 
 void Heuristic::run() {
-    if (moves.empty()) throw KernelException(SOURCE, 96, "run", "At least one move is needed");
+    if (moves.empty())
+        throw KernelException("At least one move is needed",
+                              QXWhere::contractLine(SOURCE, 96, "run"));
     buildMovesArray();
     quickrand.init(seed);
     stopped.store(false, std::memory_order_relaxed);

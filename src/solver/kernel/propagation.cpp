@@ -312,21 +312,25 @@ void Propagation::notifyCommitListeners() {
 void Propagation::activateConstraint(Dag& dag, unsigned int node) {
     unsigned int position = dag.getFixedFields().posInConstraints(node);
     if (position == KernelConstants::NO_NODE)
-        throw KernelException(SOURCE, 180, "activateConstraint", NOT_A_CONSTRAINT);
-    if (dag.currentValue(node) == 0) throw KernelException(SOURCE, 181, "activateConstraint", VIOLATED);
+        throw KernelException(NOT_A_CONSTRAINT,
+                              QXWhere::contractLine(SOURCE, 180, "activateConstraint"));
+    if (dag.currentValue(node) == 0)
+        throw KernelException(VIOLATED, QXWhere::contractLine(SOURCE, 181, "activateConstraint"));
     activeConstraints.setIn(position);
 }
 
 void Propagation::desactivateConstraint(Dag& dag, unsigned int node) {
     unsigned int position = dag.getFixedFields().posInConstraints(node);
     if (position == KernelConstants::NO_NODE)
-        throw KernelException(SOURCE, 186, "desactivateConstraint", NOT_A_CONSTRAINT);
+        throw KernelException(NOT_A_CONSTRAINT,
+                              QXWhere::contractLine(SOURCE, 186, "desactivateConstraint"));
     activeConstraints.setOut(position);
 }
 
 void Propagation::activateAllConstraints() {
     if (violatedConstraints.sizeIn() != 0)
-        throw KernelException(SOURCE, 191, "activateAllConstraints", VIOLATED);
+        throw KernelException(VIOLATED,
+                              QXWhere::contractLine(SOURCE, 191, "activateAllConstraints"));
     activeConstraints.clearOut();
 }
 
@@ -370,9 +374,10 @@ void Propagation::check(const Dag& dag) const {
     for (unsigned int i = 0; i < violatedConstraints.sizeIn(); ++i) {
         unsigned int k = violatedConstraints[i];
         if (activeConstraints.isIn(k) || dag.currentValue(constraints[k]) == 1)
-            throw KernelException(SOURCE, 217, "check", "Propagation is in an incoherent state.");
+            throw KernelException("Propagation is in an incoherent state.",
+                                  QXWhere::contractLine(SOURCE, 217, "check"));
     }
     for (unsigned int k = 0; k < constraints.size(); ++k)
         if (activeConstraints.isIn(k) && dag.currentValue(constraints[k]) == 0)
-            throw KernelException(SOURCE, 224, "check", VIOLATED);
+            throw KernelException(VIOLATED, QXWhere::contractLine(SOURCE, 224, "check"));
 }
