@@ -17,8 +17,13 @@ static void yyerror(YYLTYPE* location, void* scanner, ParseState* state, const c
 // parser happened to reduce it.
 #define FILE_ state->fileName
 // The generated parser's own stack: long right-nested chains (an else-if
-// chain of 100,000 branches) need it deep; it grows only as used.
-#define YYMAXDEPTH 100000000
+// chain of 100,000 branches) need it deep; it grows only as used. While the
+// parser follows many readings at once it may not grow: nested prefixes it
+// cannot settle yet (f(a[f(a[... left open, each a call or an index) double
+// the readings at every level, and would take time exponential in the
+// nesting; such a program gets "memory exhausted" instead. 1024 readings
+// leave room for index expressions nested ten deep.
+#define YYMAXDEPTH (yystackp->yytops.yysize > 1024 ? 0 : 100000000)
 // Creates a node, hands it to the program and stops on excessive nesting.
 #define NODE(target, expr)                     \
     do {                                       \

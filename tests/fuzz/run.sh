@@ -20,7 +20,7 @@ for harness in "${harnesses[@]}"; do
   binary=$build/tests/fuzz/$harness
   if [ -d "$here/regressions/$harness" ]; then
     echo "+ $harness: regression cases"
-    "$binary" -runs=0 "$here/regressions/$harness"/*
+    "$binary" -runs=0 -timeout=20 "$here/regressions/$harness"/*
   fi
   corpus=$(mktemp -d)
   case $harness in

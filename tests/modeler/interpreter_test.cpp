@@ -272,3 +272,19 @@ TEST(Interpreter, InstructionBudgetEndsEndlessLoopsOfEveryKind) {
     small.call("g");
     EXPECT_EQ(small.global("s").asInt(), 5050);
 }
+
+TEST(Parser, UnsettledNestedPrefixesAreRefusedQuickly) {
+    // Each unclosed "f(or [" may open a call over iterators or an index: the
+    // readings double per level. Found by fuzzing, when it took seconds.
+    std::string open = "function model() {\n";
+    for (int i = 0; i < 40; ++i) open += "    f(or [+++++++++x[63]+++++++++\n";
+    const std::string error = parseError(open + "}");
+    EXPECT_NE(error.find(" : memory exhausted"), std::string::npos) << error;
+    // Index expressions nested ten deep still parse and run.
+    std::string nested = "function g() { m = {0, 1}; x = ";
+    for (int i = 0; i < 10; ++i) nested += "m[";
+    nested += "1" + std::string(10, ']') + "; }";
+    ProgramRun r(nested);
+    r.call("g");
+    EXPECT_EQ(r.global("x").asInt(), 1);
+}
