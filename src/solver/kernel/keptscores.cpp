@@ -273,7 +273,7 @@ bool KeptScores::eval(Dag& dag, Propagation& propagation, const std::vector<unsi
     for (std::size_t i = 0; i < count; ++i) {
         const unsigned int u = modified[i];
         unsigned int b = f.variableIndex(u);
-        const long long* gain = &gains[static_cast<std::size_t>(b) * nbRoots];
+        const long long* gain = gains.data() + static_cast<std::size_t>(b) * nbRoots;
         for (unsigned int r = 0; r < nbRoots; ++r) delta[r] += static_cast<unsigned long long>(gain[r]);
         long long xu = dag.currentValue(u);
         if (count > 1 && fixed.pairsBegin(b) != fixed.pairsEnd(b)) {
@@ -382,7 +382,7 @@ bool KeptScores::commit(const Dag& dag, const std::vector<unsigned int>& modifie
             long long& gain = gains[static_cast<std::size_t>(w) * nbRoots + e->root];
             gain = static_cast<long long>(static_cast<unsigned long long>(gain) + times(change, e->coefficient));
         }
-        long long* gain = &gains[static_cast<std::size_t>(b) * nbRoots];
+        long long* gain = gains.data() + static_cast<std::size_t>(b) * nbRoots;
         for (unsigned int r = 0; r < nbRoots; ++r)
             gain[r] = static_cast<long long>(0ULL - static_cast<unsigned long long>(gain[r]));
         pending[b] = 0;
