@@ -102,7 +102,18 @@ void Quarrix::solveOn(SolveGraphs& compiled) {
     state = QXState::Paused;
     for (size_t i = 0; i < phases.size() && !stopRequested; ++i) solvePhase(static_cast<int>(i));
     state = QXState::Stopped;
-    if (verbose) std::cout << getEndResolutionInfo() << std::endl << std::endl;
+    if (verbose) std::cout << getEndResolutionInfo() << std::endl << arithmeticRefusalsInfo() << std::endl;
+}
+
+// A move whose evaluation divides by zero or takes the square root of a
+// negative number is refused and the search goes on; the user learns once,
+// at the end, that the model is undefined on part of the space.
+std::string Quarrix::arithmeticRefusalsInfo() const {
+    unsigned long long refused = 0;
+    for (const auto& env : threadEnvs) refused += env->getDag()->getPropagation().getNbArithmeticRefusals();
+    if (refused == 0) return "";
+    return std::to_string(refused) + (refused == 1 ? " move was" : " moves were") +
+           " refused for an arithmetic error (division by zero or square root of a negative number)\n";
 }
 
 void Quarrix::createSolver(SolveGraphs& compiled, const SearchParams& params) {

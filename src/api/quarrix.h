@@ -99,6 +99,9 @@ private:
     // into the API solution; with every search thread paused or ended.
     void update(int i);
     void deleteSearch();
+    // After the statistics: how many moves an arithmetic error refused
+    // (empty when none).
+    std::string arithmeticRefusalsInfo() const;
 
     QXState state = QXState::Modeling;
     bool stopRequested = false;  // never cleared: a later solve stops early too

@@ -221,3 +221,41 @@ TEST(QuarrixSolve, SolveNeedsAClosedModel) {
     EXPECT_TRUE(raises([&] { solver.solve(); }, StoppedOnly));
     EXPECT_FALSE(solver.isStarted());
 }
+
+// Moves that divide by zero are refused and counted; the count is said once,
+// after the statistics, and only when there is one.
+TEST(QuarrixSolve, MovesRefusedForAnArithmeticErrorAreSaidAfterTheStatistics) {
+    auto solveAndPrint = [](bool withDivision) {
+        Quarrix solver;
+        QXModel* m = solver.getModel();
+        QXExpression* x = m->createExpression(Op::Bool);
+        QXExpression* y = m->createExpression(Op::Bool);
+        QXExpression* sum = m->createExpression(Op::Sum);
+        for (int i = 0; i < 6; ++i) sum->addOperand(m->createExpression(Op::Prod, m->createExpression(Op::Bool), i + 1));
+        QXExpression* divisor = m->createExpression(Op::Sum, x, int64_t{1}, m->createExpression(Op::Prod, y, int64_t{-1}));
+        QXExpression* total = m->createExpression(Op::Sum, sum, x, y);
+        if (withDivision) total = m->createExpression(Op::Sum, sum, m->createExpression(Op::Div, int64_t{12}, divisor));
+        m->addObjective(total, QXObjectiveDirection::Maximize);
+        m->close();
+        solver.getParam()->setNbThreads(2);
+        solver.getParam()->setSeed(3);
+        solver.getParam()->setVerbosity(1);
+        solver.setDisplayCallback(nullptr, nullptr);
+        solver.createPhase()->setIterationLimit(5000);
+        std::ostringstream out;
+        std::streambuf* saved = std::cout.rdbuf(out.rdbuf());
+        solver.solve();
+        std::cout.rdbuf(saved);
+        return out.str();
+    };
+    const std::string refused = solveAndPrint(true);
+    std::smatch found;
+    ASSERT_TRUE(std::regex_search(
+        refused, found,
+        std::regex(R"(Feasible solution: obj = \(33\)\n(\d+) moves? (was|were) refused for an arithmetic error )"
+                   R"(\(division by zero or square root of a negative number\)\n\n$)")));
+    EXPECT_GT(std::stoll(found[1].str()), 0);
+    const std::string clean = solveAndPrint(false);
+    EXPECT_EQ(clean.find("arithmetic"), std::string::npos);
+    EXPECT_TRUE(std::regex_search(clean, std::regex(R"(Feasible solution: obj = \(23\)\n\n$)")));
+}

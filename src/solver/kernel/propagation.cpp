@@ -191,6 +191,7 @@ bool Propagation::eval(Dag& dag) {
     try {
         return evalScheduled(dag);
     } catch (const KernelException&) {
+        ++nbArithmeticRefusals;
         return false;
     }
 }

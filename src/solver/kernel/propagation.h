@@ -79,6 +79,9 @@ public:
     unsigned long long getNbEvaluatedNodes() const { return nbEvaluatedNodes; }
     // Moves evaluated from the kept scores since init.
     unsigned long long getNbKeptEvaluations() const { return nbKeptEvaluations; }
+    // Moves refused because a node could not be evaluated (division by
+    // zero, square root of a negative number) since init.
+    unsigned long long getNbArithmeticRefusals() const { return nbArithmeticRefusals; }
 
     // Throws KernelException when the constraint sets are incoherent.
     void check(const Dag& dag) const;
@@ -121,6 +124,7 @@ private:
     std::vector<DagListener*> listeners;
     unsigned long long nbEvaluatedNodes = 0;
     unsigned long long nbKeptEvaluations = 0;
+    unsigned long long nbArithmeticRefusals = 0;
     std::unique_ptr<KeptScores> kept;
     bool keptEnabled = true;
     // The move under way was evaluated from the kept scores.
