@@ -152,9 +152,25 @@ MoveExitCode Heuristic::applyMove(Move* move) {
         move->update(MoveInfeasible);
         return MoveInfeasible;
     }
-    MoveExitCode code = decide(move->eval());
+    const bool evaluated = move->eval();
+    const bool lowered = evaluated && dag->getPropagation().getWeightedCostChange() < 0;
+    MoveExitCode code = decide(evaluated);
     move->update(code);
+    if (violationWeightPeriod != 0) weighViolations(lowered && (code == MoveImproved || code == MoveAccepted));
     return code;
+}
+
+// Breaking out of the plateaus of an infeasible search: a constraint that
+// stays violated while the moves stall grows heavier, until moves that
+// repair it at the price of others are accepted.
+void Heuristic::weighViolations(bool lowered) {
+    if (lowered || !desactivatedConstraintsExist()) {
+        nbMovesWithoutLowering = 0;
+        return;
+    }
+    if (++nbMovesWithoutLowering < violationWeightPeriod) return;
+    nbMovesWithoutLowering = 0;
+    dag->getPropagation().raiseViolatedWeights();
 }
 
 void Heuristic::updateBestSolution() {
@@ -177,12 +193,12 @@ bool Heuristic::isObjectiveDegraded(unsigned int objective) const {
 
 bool Heuristic::isConstraintsImproved() const {
     const Propagation& p = dag->getPropagation();
-    return p.getTViolatedConstraintsCost() < p.getViolatedConstraintsCost();
+    return p.getWeightedCostChange() < 0;
 }
 
 bool Heuristic::isConstraintsDegraded() const {
     const Propagation& p = dag->getPropagation();
-    return p.getTViolatedConstraintsCost() > p.getViolatedConstraintsCost();
+    return p.getWeightedCostChange() > 0;
 }
 
 bool Heuristic::desactivatedConstraintsExist() const {

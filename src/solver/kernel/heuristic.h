@@ -55,6 +55,10 @@ public:
     void setIterationLimit(unsigned long long limit) { iterationLimit = limit; }
     unsigned long long getIterationLimit() const { return iterationLimit; }
     void setSeed(unsigned int value) { seed = value; }
+    // While the solution is infeasible: after this many built moves in a
+    // row that did not lower the weighted violation cost, the violated
+    // constraints weigh one unit more. 0 keeps every weight at 1.
+    void setViolationWeightPeriod(unsigned int period) { violationWeightPeriod = period; }
     unsigned int getSeed() const { return seed; }
     void setOptimizedObjective(unsigned int objective);
     unsigned int getOptimizedObjective() const { return optimizedObjective; }
@@ -103,6 +107,7 @@ protected:
     // The shared body of an iteration; returns the verdict (infeasible when
     // the move could not be built).
     MoveExitCode applyMove(Move* move);
+    void weighViolations(bool lowered);
 
     Dag* dag;
     std::vector<HeuristicCallback*> callbacks;
@@ -120,6 +125,8 @@ protected:
     unsigned long long nbIterations = 0;
     // Whether the last applyMove built its move.
     bool moveBuilt = false;
+    unsigned int violationWeightPeriod = 0;
+    unsigned int nbMovesWithoutLowering = 0;
     unsigned int bestSolutionTime = 0;
     unsigned long long bestSolutionIterations = 0;
     Solution bestSolution;

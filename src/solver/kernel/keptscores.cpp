@@ -332,7 +332,7 @@ bool KeptScores::eval(Dag& dag, Propagation& propagation, const std::vector<unsi
         long long a0 = r.sumFirst ? before : r.constant, b0 = r.sumFirst ? r.constant : before;
         long long costAfter = std::min(NodeComparison::violationOf(r.type, a, b), cap);
         long long costBefore = std::min(NodeComparison::violationOf(r.type, a0, b0), cap);
-        propagation.tViolatedConstraintsCost += costAfter - costBefore;
+        propagation.addCostChange(r.position, costAfter - costBefore);
         if (NodeComparison::holds(r.type, a, b))
             propagation.evalViolatedConstraints.setOut(r.position);
         else

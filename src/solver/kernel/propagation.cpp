@@ -41,6 +41,8 @@ void Propagation::initializeConstraints(Dag& dag) {
     activeConstraints.init(n);
     violatedConstraints.init(n);
     evalViolatedConstraints.init(n);
+    violationWeights.assign(n, 1);
+    tWeightedChange = 0;
     for (unsigned int k = 0; k < n; ++k)
         if (dag.currentValue(fixed.constraints()[k]) == 0) violatedConstraints.setIn(k);
 }
@@ -91,6 +93,7 @@ void Propagation::initializeViolatedConstraintsCost(Dag& dag) {
     for (unsigned int node : fixed.constraints())
         violatedConstraintsCost += dag.getNode(node)->initialViolatedConstraintCost(dag, node);
     tViolatedConstraintsCost = violatedConstraintsCost;
+    tWeightedChange = 0;
     if (violatedConstraintsCost != 0)
         activeConstraints.clearIn();
     else
@@ -157,7 +160,7 @@ bool Propagation::evalOne(Dag& dag, unsigned int node) {
 }
 
 void Propagation::costInactiveConstraint(Dag& dag, unsigned int node, unsigned int position) {
-    tViolatedConstraintsCost += dag.getNode(node)->evalViolatedConstraintCost(dag, node);
+    addCostChange(position, dag.getNode(node)->evalViolatedConstraintCost(dag, node));
     if (dag.newValue(node) == 1)
         evalViolatedConstraints.setOut(position);
     else
@@ -225,6 +228,7 @@ void Propagation::commit(Dag& dag) {
         keptEvaluated = false;
         kept->clearRoots(dag);
         tViolatedConstraintsCost = violatedConstraintsCost;
+        tWeightedChange = 0;
         evalViolatedConstraints.clearIn();
         scheduleVariables();
         evalScheduled(dag);
@@ -250,6 +254,19 @@ void Propagation::commit(Dag& dag) {
     if (tViolatedConstraintsCost == 0 && activeConstraints.sizeOut() != 0) activateAllConstraints();
     violatedConstraintsCost = tViolatedConstraintsCost;
     nbViolatedConstraints = tNbViolatedConstraints;
+    tWeightedChange = 0;
+}
+
+void Propagation::desactivateAllConstraints() {
+    activeConstraints.clearIn();
+    std::fill(violationWeights.begin(), violationWeights.end(), 1);
+}
+
+void Propagation::raiseViolatedWeights() {
+    for (unsigned int i = 0; i < violatedConstraints.sizeIn(); ++i) {
+        long long& weight = violationWeights[violatedConstraints[i]];
+        if (weight < MAX_VIOLATION_WEIGHT) ++weight;
+    }
 }
 
 void Propagation::rollback(Dag& dag) {
@@ -265,6 +282,7 @@ void Propagation::rollback(Dag& dag) {
         modifiedVariables.clear();
         evalViolatedConstraints.clearIn();
         tViolatedConstraintsCost = violatedConstraintsCost;
+        tWeightedChange = 0;
         tNbViolatedConstraints = nbViolatedConstraints;
         return;
     }
@@ -282,6 +300,7 @@ void Propagation::rollback(Dag& dag) {
     for (unsigned int node : queue) rollbackNode(node);
     endMove();
     tViolatedConstraintsCost = violatedConstraintsCost;
+    tWeightedChange = 0;
     tNbViolatedConstraints = nbViolatedConstraints;
 }
 

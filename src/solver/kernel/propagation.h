@@ -55,7 +55,8 @@ public:
     void activateConstraint(Dag& dag, unsigned int node);
     void desactivateConstraint(Dag& dag, unsigned int node);
     void activateAllConstraints();
-    void desactivateAllConstraints() { activeConstraints.clearIn(); }
+    // Also sets every violation weight back to 1: a new start.
+    void desactivateAllConstraints();
     void activateAllSatisfiedConstraints(Dag& dag);
     bool isConstraintActive(const Dag& dag, unsigned int node) const;
     void extractActiveConstraints(std::vector<unsigned int>& out) const;
@@ -72,6 +73,16 @@ public:
     const std::vector<unsigned int>& getConstraintsSatisfiedByLastCommit() const { return satisfiedByLastCommit; }
     long long getViolatedConstraintsCost() const { return violatedConstraintsCost; }
     long long getTViolatedConstraintsCost() const { return tViolatedConstraintsCost; }
+    // Sign of the move's change of the weighted violation cost, the sum of
+    // each inactive constraint's cost times its weight. While every weight
+    // is 1 it is the sign of the plain cost's change.
+    int getWeightedCostChange() const { return tWeightedChange < 0 ? -1 : tWeightedChange > 0 ? 1 : 0; }
+    // One more unit of weight for every violated inactive constraint, up to
+    // MAX_VIOLATION_WEIGHT: where the search stalls, the constraints it
+    // keeps breaking weigh more against those it keeps satisfied.
+    void raiseViolatedWeights();
+    long long getViolationWeight(unsigned int position) const { return violationWeights[position]; }
+    static constexpr long long MAX_VIOLATION_WEIGHT = 2147483647;
     unsigned long long getNbViolatedConstraints() const { return nbViolatedConstraints; }
     unsigned long long getTNbViolatedConstraints() const { return tNbViolatedConstraints; }
     unsigned int getPriority(unsigned int node) const { return priorities[node]; }
@@ -90,6 +101,10 @@ private:
     friend class KeptScores;
 
     bool evalScheduled(Dag& dag);
+    void addCostChange(unsigned int position, long long change) {
+        tViolatedConstraintsCost += change;
+        tWeightedChange += static_cast<__int128>(violationWeights[position]) * change;
+    }
     void scheduleVariables();
     void initializeConstraints(Dag& dag);
     void initializePriorities(Dag& dag);
@@ -125,6 +140,11 @@ private:
     unsigned long long nbEvaluatedNodes = 0;
     unsigned long long nbKeptEvaluations = 0;
     unsigned long long nbArithmeticRefusals = 0;
+    // Per constraint position; the move's weighted change, exact: a weight
+    // below 2^31 times a cost change below 2^63, summed over fewer than
+    // 2^32 constraints.
+    std::vector<long long> violationWeights;
+    __int128 tWeightedChange = 0;
     std::unique_ptr<KeptScores> kept;
     bool keptEnabled = true;
     // The move under way was evaluated from the kept scores.

@@ -21,6 +21,7 @@ enum AdvancedParam : unsigned int {
     K2ForkPathEnabled,
     K3ForkPathEnabled,
     KeptScoresEnabled,
+    ViolationWeightPeriod,
     NB_ADVANCED_PARAMS
 };
 

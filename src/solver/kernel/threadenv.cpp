@@ -54,6 +54,7 @@ void ThreadEnv::initHeuristic(const AutonomousFixedFields* fixedFields, unsigned
     moveFilter->setExplorationEnabled(params.get(MoveExplorationEnabled) != 0);
     heuristic->addCallback(moveFilter.get());
     heuristic->setSeed(seed);
+    heuristic->setViolationWeightPeriod(static_cast<unsigned int>(params.get(ViolationWeightPeriod)));
     const unsigned int size = static_cast<unsigned int>(std::max(0, std::min(params.get(NeighborhoodSize), 15)));
     // Block reversals were once half of the draws of the cycles, in a model
     // with sequences; as a move of their own they keep that share. There

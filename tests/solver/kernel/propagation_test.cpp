@@ -160,3 +160,50 @@ TEST(PropagationTest, ListenersHearCommitsOnly) {
     m.p().commit(*m.dag);
     EXPECT_EQ(listener.commits, 1);
 }
+
+// Three soft constraints x <= 0, y <= 0, z <= 0 from the start x = 1: a move
+// repairing the first and breaking the other two degrades the plain cost
+// whatever the weights, and lowers the weighted cost once the violated
+// constraint weighs more than the two it breaks.
+TEST(PropagationTest, ViolationWeightsJudgeTheMoveNotTheCost) {
+    TestGraph g;
+    unsigned int x = g.boolean(), y = g.boolean(), z = g.boolean(), zero = g.constant(0);
+    unsigned int cx = g.add(Leq, {x, zero}), cy = g.add(Leq, {y, zero}), cz = g.add(Leq, {z, zero});
+    for (unsigned int c : {cx, cy, cz}) g.constraint(c);
+    g.objective(g.add(Sum, {x, y, z}));
+    g.close();
+    std::unique_ptr<Dag> dag = g.makeDag({1, 0, 0});
+    Propagation& p = dag->getPropagation();
+    ASSERT_EQ(p.getActiveConstraints().sizeIn(), 0u);
+    auto tryTrade = [&] {
+        p.modifyVariable(*dag, x, 0);
+        p.modifyVariable(*dag, y, 1);
+        p.modifyVariable(*dag, z, 1);
+        EXPECT_TRUE(p.eval(*dag));
+        EXPECT_EQ(p.getTViolatedConstraintsCost() - p.getViolatedConstraintsCost(), 1);
+        int change = p.getWeightedCostChange();
+        p.rollback(*dag);
+        EXPECT_EQ(p.getWeightedCostChange(), 0);
+        return change;
+    };
+    EXPECT_EQ(tryTrade(), 1);
+    p.raiseViolatedWeights();
+    EXPECT_EQ(p.getViolationWeight(0), 2);
+    EXPECT_EQ(p.getViolationWeight(1), 1);  // satisfied: unchanged
+    EXPECT_EQ(tryTrade(), 0);
+    p.raiseViolatedWeights();
+    EXPECT_EQ(tryTrade(), -1);
+    // Committed, the trade leaves y and z violated: they weigh more next.
+    p.modifyVariable(*dag, x, 0);
+    p.modifyVariable(*dag, y, 1);
+    p.modifyVariable(*dag, z, 1);
+    ASSERT_TRUE(p.eval(*dag));
+    p.commit(*dag);
+    p.raiseViolatedWeights();
+    EXPECT_EQ(p.getViolationWeight(0), 3);
+    EXPECT_EQ(p.getViolationWeight(1), 2);
+    EXPECT_EQ(p.getViolationWeight(2), 2);
+    // A new start weighs every constraint 1 again.
+    p.desactivateAllConstraints();
+    for (unsigned int position = 0; position < 3; ++position) EXPECT_EQ(p.getViolationWeight(position), 1);
+}
