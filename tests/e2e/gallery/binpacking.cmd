@@ -1,1 +1,1 @@
-examples/binpacking.qxm qxTimeLimit=2 qxNbThreads=1 qxSeed=1 qxVerbosity=0
+examples/binpacking.qxm qxIterationLimit=700000 qxNbThreads=1 qxSeed=1 qxVerbosity=0

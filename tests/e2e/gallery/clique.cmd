@@ -1,1 +1,1 @@
-examples/clique.qxm qxTimeLimit=2 qxNbThreads=1 qxSeed=1 qxVerbosity=0
+examples/clique.qxm qxIterationLimit=1000000 qxNbThreads=1 qxSeed=1 qxVerbosity=0

@@ -1,1 +1,1 @@
-examples/coloring.qxm qxTimeLimit=3 qxNbThreads=1 qxSeed=1 qxVerbosity=0
+examples/coloring.qxm qxIterationLimit=400000 qxNbThreads=1 qxSeed=1 qxVerbosity=0

@@ -1,1 +1,1 @@
-examples/gap.qxm instance=4 qxTimeLimit=2 qxNbThreads=1 qxSeed=1 qxVerbosity=0
+examples/gap.qxm instance=4 qxIterationLimit=1200000 qxNbThreads=1 qxSeed=1 qxVerbosity=0

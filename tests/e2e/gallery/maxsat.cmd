@@ -1,1 +1,1 @@
-examples/maxsat.qxm qxTimeLimit=2 qxNbThreads=1 qxSeed=1 qxVerbosity=0
+examples/maxsat.qxm qxIterationLimit=500000 qxNbThreads=1 qxSeed=1 qxVerbosity=0

@@ -1,1 +1,1 @@
-examples/pmedian.qxm qxTimeLimit=2 qxNbThreads=1 qxSeed=1 qxVerbosity=0
+examples/pmedian.qxm qxIterationLimit=70000 qxNbThreads=1 qxSeed=1 qxVerbosity=0

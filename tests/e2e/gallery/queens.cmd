@@ -1,1 +1,1 @@
-examples/queens.qxm qxTimeLimit=3 qxNbThreads=1 qxSeed=1 qxVerbosity=0
+examples/queens.qxm qxIterationLimit=500000 qxNbThreads=1 qxSeed=1 qxVerbosity=0

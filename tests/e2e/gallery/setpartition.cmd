@@ -1,1 +1,1 @@
-examples/setpartition.qxm qxTimeLimit=2 qxNbThreads=1 qxSeed=1 qxVerbosity=0
+examples/setpartition.qxm qxIterationLimit=1200000 qxNbThreads=1 qxSeed=1 qxVerbosity=0

@@ -1,1 +1,1 @@
-examples/tardiness.qxm qxTimeLimit=3 qxNbThreads=1 qxSeed=1 qxVerbosity=0
+examples/tardiness.qxm qxIterationLimit=35000 qxNbThreads=1 qxSeed=1 qxVerbosity=0

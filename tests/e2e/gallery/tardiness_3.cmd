@@ -1,1 +1,1 @@
-examples/tardiness.qxm instance=3 qxTimeLimit=2 qxNbThreads=1 qxSeed=1 qxVerbosity=0
+examples/tardiness.qxm instance=3 qxIterationLimit=25000 qxNbThreads=1 qxSeed=1 qxVerbosity=0

@@ -1,1 +1,1 @@
-examples/tsp.qxm qxTimeLimit=2 qxNbThreads=1 qxSeed=1 qxVerbosity=0
+examples/tsp.qxm qxIterationLimit=170000 qxNbThreads=1 qxSeed=1 qxVerbosity=0

@@ -1,0 +1,1 @@
+examples/tardiness_timeindexed.qxm qxIterationLimit=100000 qxNbThreads=1 qxSeed=1 qxVerbosity=0
