@@ -66,6 +66,11 @@ public:
 
     unsigned int getK() const { return k; }
     unsigned int getTargeting() const { return targeting; }
+    // For the paired moves: a pair that shares a boolean with a pair drawn
+    // before it in the same move is left out whole, rather than flipped by
+    // half (the second flip of a boolean is ignored), which would move the
+    // sum the pair should keep.
+    void setWholePairs(bool on) { wholePairs = on; }
 
 protected:
     bool decideToTarget();
@@ -76,4 +81,5 @@ protected:
     std::vector<unsigned int> picked;
     unsigned int targeting;
     AutonomousStructure& structure;
+    bool wholePairs = false;
 };

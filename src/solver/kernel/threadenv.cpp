@@ -85,11 +85,17 @@ void ThreadEnv::initMoves(unsigned int k) {
     const AutonomousFixedFields& fixedFields = structure->getFixedFields();
     const unsigned int targetingValue = targeting();
     Quickrand& rand = heuristic->getQuickrand();
-    if (isWanted(QX_MV_BALANCE_WEIGHTS, KBalanceEnabled, k, MoveKBalance::isValidK(k, fixedFields)))
-        heuristic->addMove(new MoveKBalance(*dag, rand, *structure, k, weightScale * QX_MV_BALANCE_WEIGHTS[k]));
-    if (isWanted(QX_MV_SWAP_WEIGHTS, KSwapEnabled, k, MoveKSwap::isValidK(k, fixedFields)))
-        heuristic->addMove(
-            new MoveKSwap(*dag, rand, *structure, k, weightScale * QX_MV_SWAP_WEIGHTS[k], targetingValue));
+    const bool wholePairs = params.get(WholePairsEnabled) != 0;
+    if (isWanted(QX_MV_BALANCE_WEIGHTS, KBalanceEnabled, k, MoveKBalance::isValidK(k, fixedFields))) {
+        auto balance = new MoveKBalance(*dag, rand, *structure, k, weightScale * QX_MV_BALANCE_WEIGHTS[k]);
+        balance->setWholePairs(wholePairs);
+        heuristic->addMove(balance);
+    }
+    if (isWanted(QX_MV_SWAP_WEIGHTS, KSwapEnabled, k, MoveKSwap::isValidK(k, fixedFields))) {
+        auto swap = new MoveKSwap(*dag, rand, *structure, k, weightScale * QX_MV_SWAP_WEIGHTS[k], targetingValue);
+        swap->setWholePairs(wholePairs);
+        heuristic->addMove(swap);
+    }
     if (isWanted(QX_MV_FLIP_WEIGHTS, KFlipEnabled, k, MoveKFlip::isValidK(k, fixedFields)))
         heuristic->addMove(
             new MoveKFlip(*dag, rand, *structure, k, weightScale * QX_MV_FLIP_WEIGHTS[k], targetingValue));

@@ -24,9 +24,7 @@ bool MoveKBalance::modify() {
         Node* object = dag.getNode(node);
         if (!object->findDecreasingBoolean(dag, quickrand, down, node)) continue;
         if (!object->findIncreasingBoolean(dag, quickrand, up, node)) continue;
-        // Sums sharing booleans may offer one already changed by this move:
-        // the pair is then left out rather than flipped by half.
-        if (dag.isModified(down) || dag.isModified(up)) continue;
+        if (wholePairs && (dag.isModified(down) || dag.isModified(up))) continue;
         flip(down);
         flip(up);
         flipped = true;

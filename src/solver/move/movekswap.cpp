@@ -30,12 +30,10 @@ bool MoveKSwap::modify() {
     return true;
 }
 
-// A pair whose boolean or opposite is already changed in this move is left
-// out whole: flipping half of it would move the sum the pair should keep.
 void MoveKSwap::flipWithOpposite(unsigned int variable) {
-    if (dag.isModified(variable)) return;
+    if (wholePairs && dag.isModified(variable)) return;
     unsigned int opposite = oppositeOf(variable);
-    if (opposite != KernelConstants::NO_NODE && dag.isModified(opposite)) return;
+    if (wholePairs && opposite != KernelConstants::NO_NODE && dag.isModified(opposite)) return;
     flip(variable);
     if (opposite != KernelConstants::NO_NODE) flip(opposite);
 }
