@@ -43,7 +43,9 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 mkdir -p "$work/data/maxcut"
 cp "$source/examples/data/maxcut_60.txt" "$work/data/maxcut/G1.txt"
-live=$("$run" -b "$build" -d "$work/data" -k "$work/logs" -t 1 -j 1 -f maxcut | table)
+# Relative folders name folders of the current one, though the runs start
+# from the project's root.
+live=$(cd "$work" && "$run" -b "$(realpath --relative-to="$work" "$build")" -d data -k logs -t 1 -j 1 -f maxcut | table)
 echo "$live" | grep -Eq '^maxcut +G1 +[0-9]+ +11624 +[0-9.]+ +[0-9.]+ +[0-9.]+e\+[0-9]+ +[0-9.]+e\+[0-9]+$' ||
     failed "the row of a real run: $live"
 again=$("$run" -d "$work/data" -r "$work/logs" -f maxcut | table)
