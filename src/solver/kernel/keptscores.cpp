@@ -3,6 +3,7 @@
 #include "solver/kernel/dag.h"
 #include "solver/kernel/kernelconstants.h"
 #include "solver/kernel/propagation.h"
+#include "solver/kernel/wraparith.h"
 #include "solver/node/nodecomparison.h"
 
 #include <algorithm>
@@ -48,9 +49,12 @@ unsigned int tableOf(NodeType type, bool seenFromFirstChild) {
     return table;
 }
 
+// A product by a constant (k * x * y, the textbook form of many quadratic
+// objectives) is a product term whose coefficient carries k.
 bool isPairTerm(const DagFixedFields& fixed, unsigned int node) {
     NodeType type = fixed.type(node);
-    if (type != And && type != Or && type != Xor && type != Product && !isComparison(type)) return false;
+    if (type != And && type != Or && type != Xor && type != Product && type != ScalarProduct && !isComparison(type))
+        return false;
     if (fixed.nbChilds(node) != 2) return false;
     unsigned int a = fixed.child(node, 0), b = fixed.child(node, 1);
     return a != b && fixed.type(a) == Boolean && fixed.type(b) == Boolean;
@@ -179,7 +183,13 @@ void KeptScoresFixed::collectEntries(const DagFixedFields& fixed) {
                 }
                 if (pass == 1) {
                     unsigned int other = fixed.child(parent, 1 - position);
-                    pairs[pairOffsets[b] + nbPairs] = {other, r, coefficient, tableOf(fixed.type(parent), position == 0)};
+                    NodeType type = fixed.type(parent);
+                    if (type == ScalarProduct) {
+                        const long long factor = WrapArith::mul(fixed.coefficient(parent, 0), fixed.coefficient(parent, 1));
+                        coefficient = WrapArith::mul(coefficient, factor);
+                        type = Product;
+                    }
+                    pairs[pairOffsets[b] + nbPairs] = {other, r, coefficient, tableOf(type, position == 0)};
                 }
                 ++nbPairs;
             }

@@ -92,7 +92,12 @@ struct RandomModel {
             } else {
                 unsigned int a = anyBoolean(), b = anyBoolean();
                 if (a == b) continue;
-                childs.push_back(g.add(PAIR_TYPES[pick(0, 9)], {a, b}));
+                // k * a * b, with k on either factor.
+                if (kind == 9)
+                    childs.push_back(pick(0, 1) ? g.add(ScalarProduct, {a, b}, {coefficient(), 1})
+                                                : g.add(ScalarProduct, {a, b}, {1, coefficient()}));
+                else
+                    childs.push_back(g.add(PAIR_TYPES[pick(0, 9)], {a, b}));
             }
             coefficients.push_back(coefficient());
         }
