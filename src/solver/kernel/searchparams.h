@@ -20,6 +20,7 @@ enum AdvancedParam : unsigned int {
     K3ForkCycleEnabled,
     K2ForkPathEnabled,
     K3ForkPathEnabled,
+    KReversalEnabled,
     KeptScoresEnabled,
     ViolationWeightPeriod,
     WholePairsEnabled,

@@ -57,16 +57,15 @@ void ThreadEnv::initHeuristic(const AutonomousFixedFields* fixedFields, unsigned
     heuristic->setViolationWeightPeriod(static_cast<unsigned int>(params.get(ViolationWeightPeriod)));
     const unsigned int size = static_cast<unsigned int>(std::max(0, std::min(params.get(NeighborhoodSize), 15)));
     // Block reversals were once half of the draws of the cycles, in a model
-    // with sequences; as a move of their own they keep that share. There
-    // every weight counts double and each k-cycle hands half of its doubled
-    // weight to the reversal: the reversal weighs as much as all the cycles
-    // together, and every kind keeps its share of the lottery. Until the
-    // reversal has a switch of its own, the cycles' switch is its switch.
+    // with sequences; as a move of their own (kReversalEnabled) they keep
+    // that rate. There every weight counts double and each k-cycle that the
+    // model allows hands half of its doubled weight to the reversal: the
+    // reversal weighs as much as all the cycles together, and every kind
+    // keeps its share of the lottery.
     unsigned int cycles = 0;
     for (unsigned int k = 1; k <= size; ++k)
-        if (isWanted(MoveWeights::QX_MV_CYCLE_WEIGHTS, KCycleEnabled, k, MoveChain::isValidK(MoveChain::Cycle, k, *fixedFields)))
-            cycles += MoveWeights::QX_MV_CYCLE_WEIGHTS[k];
-    const bool reversing = cycles > 0 && MoveKReversal::isValid(*fixedFields);
+        if (MoveChain::isValidK(MoveChain::Cycle, k, *fixedFields)) cycles += MoveWeights::QX_MV_CYCLE_WEIGHTS[k];
+    const bool reversing = params.get(KReversalEnabled) != 0 && cycles > 0 && MoveKReversal::isValid(*fixedFields);
     weightScale = reversing ? 2 : 1;
     heuristic->addMove(new MoveSimpleKFlip(*dag, heuristic->getQuickrand(), 1, weightScale));
     for (unsigned int k = 1; k <= size; ++k) initMoves(k);

@@ -163,7 +163,12 @@ std::vector<unsigned int> AutonomousFixedFields::rowsOfColumn(unsigned int sum) 
     for (std::size_t j = 0; j < column.booleans.size(); ++j) {
         RootBool::Entries entries = rootBools[fixed.variableIndex(column.booleans[j])].constrainedEntries();
         if (column.coefficients[j] != 1 || entries.size() != 2) return {};
-        rows.push_back(entries.first[0].sum == sum ? entries.first[1].sum : entries.first[0].sum);
+        // The row counts the boolean once too: a reversal moves whole cells
+        // between rows, which keeps weighted rows (sizes in a capacity)
+        // level only by chance.
+        const RootBool::Entry& row = entries.first[0].sum == sum ? entries.first[1] : entries.first[0];
+        if (row.coefficient != 1) return {};
+        rows.push_back(row.sum);
     }
     return rows;
 }

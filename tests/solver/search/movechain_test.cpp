@@ -238,6 +238,29 @@ TEST(MoveChainTest, SequencesAreTheInterchangeableColumnsOfAnAssignment) {
     EXPECT_TRUE(StalledKnapsack().autonomous->getSequences().empty());
     SearchModels::SetCover cover({{0, 1}, {1, 2}, {0, 2}, {2, 3}}, 4);
     EXPECT_TRUE(AutonomousFixedFields(cover.g.fixed).getSequences().empty());
+    // Four jobs given to one of three agents each, the agents' loads capped:
+    // counted loads make the jobs a sequence, weighted ones (sizes) do not.
+    for (bool weighted : {false, true}) {
+        TestGraph g;
+        const unsigned int jobs = 4, agents = 3;
+        std::vector<unsigned int> give;
+        for (unsigned int i = 0; i < jobs * agents; ++i) give.push_back(g.boolean());
+        for (unsigned int j = 0; j < jobs; ++j)
+            g.constraint(g.add(Eq, {g.add(Sum, {give[j * agents], give[j * agents + 1], give[j * agents + 2]}),
+                                    g.constant(1)}));
+        for (unsigned int a = 0; a < agents; ++a) {
+            std::vector<unsigned int> load;
+            std::vector<long long> sizes;
+            for (unsigned int j = 0; j < jobs; ++j) {
+                load.push_back(give[j * agents + a]);
+                sizes.push_back(weighted ? 2 + j : 1);
+            }
+            g.constraint(g.add(Leq, {g.add(ScalarSum, load, sizes), g.constant(weighted ? 7 : 2)}));
+        }
+        g.objective(g.add(Sum, give), Minimize);
+        g.close();
+        EXPECT_EQ(AutonomousFixedFields(g.fixed).getSequences().empty(), weighted) << "weighted " << weighted;
+    }
 
     // Eight slots taking one car each of three classes made 3, 3 and 2
     // times: the slots form a sequence; the class sums differ in range, and
@@ -346,9 +369,10 @@ TEST(MoveChainTest, ReversalsTakeHalfOfTheCyclesShareOnlyWhereSequencesExist) {
     // keep their single weight and the reversal weighs as much as all of
     // them: each kind keeps the share it had when half of the cycles'
     // draws were reversals. Elsewhere the weights are the table's.
-    auto rates = [](Dag& dag, const AutonomousFixedFields& fields, bool cyclesOn) {
+    auto rates = [](Dag& dag, const AutonomousFixedFields& fields, bool cyclesOn, bool reversalOn = true) {
         SearchParams params;
         params.set(KCycleEnabled, cyclesOn ? 1 : 0);
+        params.set(KReversalEnabled, reversalOn ? 1 : 0);
         ThreadEnv env(params, &dag, &fields, 1);
         std::map<std::string, unsigned int> byName;
         for (unsigned int m = 0; m < env.getHeuristic()->getNbMoves(); ++m)
@@ -366,10 +390,16 @@ TEST(MoveChainTest, ReversalsTakeHalfOfTheCyclesShareOnlyWhereSequencesExist) {
     }
     EXPECT_EQ(withSequences["1-SimpleFlip"], 2u);
     EXPECT_EQ(withSequences["1-Reversal"], cycles);
-    // Without cycles there is no reversal either, and nothing doubles.
+    // The reversal has its own switch: without cycles it keeps its rate;
+    // switched off, nothing doubles.
     std::map<std::string, unsigned int> noCycles = rates(*a.dag, *a.autonomous, false);
-    EXPECT_EQ(noCycles.count("1-Reversal"), 0u);
-    EXPECT_EQ(noCycles["3-Path"], QX_MV_PATH_WEIGHTS[3]);
+    EXPECT_EQ(noCycles["1-Reversal"], cycles);
+    EXPECT_EQ(noCycles.count("3-Cycle"), 0u);
+    EXPECT_EQ(noCycles["3-Path"], 2 * QX_MV_PATH_WEIGHTS[3]);
+    std::map<std::string, unsigned int> noReversal = rates(*a.dag, *a.autonomous, true, false);
+    EXPECT_EQ(noReversal.count("1-Reversal"), 0u);
+    EXPECT_EQ(noReversal["3-Path"], QX_MV_PATH_WEIGHTS[3]);
+    EXPECT_EQ(noReversal["3-Cycle"], QX_MV_CYCLE_WEIGHTS[3]);
 
     StalledKnapsack s;
     std::map<std::string, unsigned int> noSequences = rates(*s.dag, *s.autonomous, true);
