@@ -42,19 +42,8 @@ void CompiledModel::convertBackSolution(const std::vector<long long>& variableVa
 
 void CompiledModel::convertSolution(QXSolution* from, Solution* to) const {
     convertSolution(from, to->variables());
-    to->objectives().clear();
-    for (const QXExpression* objective : model.objectives)
-        to->objectives().push_back(from->getValue(objective));
-    to->setNbViolatedConstraints(countViolatedConstraints(from));
 }
 
 void CompiledModel::convertBackSolution(const Solution* from, QXSolution* to) const {
     convertBackSolution(from->getVariableValues(), to);
-}
-
-unsigned int CompiledModel::countViolatedConstraints(QXSolution* solution) const {
-    unsigned int count = 0;
-    for (const QXExpression* constraint : model.constraints)
-        if (solution->getValue(constraint) == 0) ++count;
-    return count;
 }

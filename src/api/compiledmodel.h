@@ -39,8 +39,6 @@ public:
     // The reverse: sets every decision of `to` from its variable's value;
     // the API solution recomputes the other expressions when next read.
     void convertBackSolution(const std::vector<long long>& variableValues, QXSolution* to) const;
-    // The number of constraints whose value in `solution` is 0.
-    unsigned int countViolatedConstraints(QXSolution* solution) const;
 
 private:
     const QXModel& model;

@@ -7,6 +7,8 @@
 #include "builder/expressiontools.h"
 #include "builder/expressiontypetools.h"
 
+#include <algorithm>
+
 namespace {
 const char* const UNIT = "src/api/qxexpression";
 }
@@ -83,10 +85,20 @@ void QXExpression::setName(const std::string& newName) {
     ApiErrors::checkModeling(solver(), QX_HERE);
     if (newName.empty()) ApiErrors::fail(QX_HERE, ApiErrors::emptyArgument("name"));
     auto& names = model->names;
-    if (names.count(newName))
+    const auto added = names.emplace(newName, this);
+    if (!added.second)
         ApiErrors::fail(QX_HERE, "An operator with name \"" + newName + "\" already exists.");
     if (name) names.erase(*name);
-    name = &names.emplace(newName, this).first->first;
+    name = &added.first->first;
+}
+
+void QXExpression::OperandList::grow() {
+    const uint32_t larger = capacity * 2;
+    QXExpression** grown = new QXExpression*[larger];
+    std::copy(data(), data() + count, grown);
+    if (capacity > INLINE) delete[] heap;
+    heap = grown;
+    capacity = larger;
 }
 
 void QXExpression::checkOperand(const QXModel* model, QXOperator op, const QXExpression* operand,

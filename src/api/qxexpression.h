@@ -78,10 +78,46 @@ private:
                              int position, const QXWhere& where);
     const Quarrix* solver() const;
 
+    // Most expressions have one or two operands: those are kept inside the
+    // expression, so that a model of millions of them makes no allocation
+    // per expression; longer lists go to the heap.
+    class OperandList {
+    public:
+        OperandList() {}
+        OperandList(const OperandList&) = delete;
+        OperandList& operator=(const OperandList&) = delete;
+        ~OperandList() {
+            if (capacity > INLINE) delete[] heap;
+        }
+        std::size_t size() const { return count; }
+        QXExpression* operator[](std::size_t i) const { return data()[i]; }
+        QXExpression* const* begin() const { return data(); }
+        QXExpression* const* end() const { return data() + count; }
+        void push_back(QXExpression* operand) {
+            if (count == capacity) grow();
+            (capacity > INLINE ? heap : local)[count++] = operand;
+        }
+        void assign(QXExpression* const* first, QXExpression* const* last) {
+            count = 0;
+            while (first != last) push_back(*first++);
+        }
+
+    private:
+        static constexpr uint32_t INLINE = 2;
+        QXExpression* const* data() const { return capacity > INLINE ? heap : local; }
+        void grow();
+        union {
+            QXExpression* local[INLINE];
+            QXExpression** heap;
+        };
+        uint32_t count = 0;
+        uint32_t capacity = INLINE;
+    };
+
     QXModel* model;
     // The key of the model's name map (map keys never move); null: unnamed.
     const std::string* name = nullptr;
-    std::vector<QXExpression*> operands; // owned by the model
+    OperandList operands; // owned by the model
     int64_t value = 0;                   // a constant's value, a decision's initial value
     int32_t index;                       // position in the model's expression list
     QXOperator op;

@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 class CompiledModel;
@@ -113,7 +114,8 @@ private:
     std::map<int64_t, QXExpression*> constants;  // the constant pool, by value
     // Owned; a deque keeps addresses stable without one allocation each.
     std::deque<QXExpression> expressions;
-    std::map<std::string, QXExpression*> names;
+    // Node-based: an expression keeps a pointer to its name in here.
+    std::unordered_map<std::string, QXExpression*> names;
     std::vector<QXExpression*> decisions;
     std::vector<QXExpression*> constraints;
     std::vector<QXExpression*> objectives;

@@ -27,11 +27,24 @@ Value MIndexer::interpretReally(Context* c) {
 
 Value MBinary::interpretReally(Context* c) {
     if (!leftChain) return combine(c, left->interpret(c));
-    std::vector<MBinary*> chain;
-    for (MBinary* link = this; link; link = link->leftChain) chain.push_back(link);
-    Value value = chain.back()->left->interpret(c);
-    for (auto link = chain.rbegin(); link != chain.rend(); ++link)
-        value = (*link)->combine(c, std::move(value));
+    // Short chains (a + b + c) are the common case and run in every loop:
+    // their links are gathered on the stack.
+    const std::size_t SHORT = 16;
+    MBinary* local[SHORT];
+    std::vector<MBinary*> longChain;
+    std::size_t n = 0;
+    for (MBinary* link = this; link; link = link->leftChain) {
+        if (n < SHORT) {
+            local[n++] = link;
+            continue;
+        }
+        if (longChain.empty()) longChain.assign(local, local + SHORT);
+        longChain.push_back(link);
+        ++n;
+    }
+    MBinary** chain = longChain.empty() ? local : longChain.data();
+    Value value = chain[n - 1]->left->interpret(c);
+    for (std::size_t i = n; i-- > 0;) value = chain[i]->combine(c, std::move(value));
     return value;
 }
 

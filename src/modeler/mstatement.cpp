@@ -78,7 +78,15 @@ void MForAssignment::onCombination(Context* c, std::vector<Value>& indices) {
         std::string full = *name;
         for (const Value& i : indices) {
             i.checkKey();
-            full += i.isString() ? "[\"" + i.asString() + "\"]" : "[" + i.toString(c) + "]";
+            if (i.isString()) {
+                full += "[\"";
+                full += i.asString();
+                full += "\"]";
+            } else {
+                full += '[';
+                full += i.isInt() ? std::to_string(i.asInt()) : i.toString(c);
+                full += ']';
+            }
         }
         v = v.link(c, full);
     }

@@ -99,6 +99,16 @@ TEST(Parser, GeneratedChainsRunAtAnyLength) {
     ProgramRun big(sum + "; }");
     big.call("f");
     EXPECT_EQ(big.global("x").asInt(), 1000000);
+    // Chains around the length kept on the stack, in an order that matters:
+    // 1000 - 1 - 2 - ... - k, then halved by a division at the end.
+    for (int k = 1; k <= 40; ++k) {
+        std::string text = "function f() { x = 1000";
+        for (int i = 1; i <= k; ++i) text += " - " + std::to_string(i);
+        ProgramRun run(text + "; y = (1000" + text.substr(text.find(" - ")) + ") / 2; }");
+        run.call("f");
+        EXPECT_EQ(run.global("x").asInt(), 1000 - k * (k + 1) / 2) << k;
+        EXPECT_EQ(run.global("y").asInt(), (1000 - k * (k + 1) / 2) / 2) << k;
+    }
     // An else-if chain of 100,000 branches, its last branch taken.
     std::string chain = "function g(n) { if (n == 0) y = 0;";
     for (int i = 1; i < 100000; ++i)

@@ -75,6 +75,15 @@ void TemporaryDagFixedFields::initPosInConstraints() {
 void TemporaryDagFixedFields::initParentChildLinks() {
     parents.assign(nbNodes(), {});
     positionsInParent.assign(nbNodes(), {});
+    // Sized first: growing a million lists one parent at a time costs more
+    // than the links themselves.
+    std::vector<unsigned int> counts(nbNodes(), 0);
+    for (unsigned int node = 0; node < nbNodes(); ++node)
+        for (unsigned int child : childs[node]) ++counts[child];
+    for (unsigned int node = 0; node < nbNodes(); ++node) {
+        parents[node].reserve(counts[node]);
+        positionsInParent[node].reserve(counts[node]);
+    }
     for (unsigned int node = 0; node < nbNodes(); ++node) {
         for (unsigned int i = 0; i < childs[node].size(); ++i) {
             parents[childs[node][i]].push_back(node);

@@ -146,11 +146,25 @@ bool AutonomousFixedFields::addRootSum(unsigned int node) {
 }
 
 void AutonomousFixedFields::initBoolsToRootSums() {
+    // Counted first, then filled in the order of the sums, so that each
+    // boolean's free sums (the lower indexes) come first.
+    for (const RootSum& sum : rootSums)
+        for (unsigned int boolean : sum.booleans) ++rootBools[fixed.variableIndex(boolean)].count;
+    std::size_t total = 0;
+    for (RootBool& rootBool : rootBools) total += rootBool.count;
+    rootBoolEntries.resize(total);
+    RootBool::Entry* next = rootBoolEntries.data();
+    for (RootBool& rootBool : rootBools) {
+        rootBool.first = next;
+        next += rootBool.count;
+        rootBool.count = 0;
+    }
     for (unsigned int s = 0; s < rootSums.size(); ++s) {
         const RootSum& sum = rootSums[s];
         for (unsigned int j = 0; j < sum.booleans.size(); ++j) {
             RootBool& rootBool = rootBools[fixed.variableIndex(sum.booleans[j])];
-            rootBool.entries.push_back({s, j, sum.coefficients[j]});
+            rootBoolEntries[static_cast<std::size_t>(rootBool.first - rootBoolEntries.data()) + rootBool.count++] =
+                {s, j, sum.coefficients[j]};
             if (s < nbFreeRootSums) ++rootBool.nbFree;
         }
     }

@@ -20,24 +20,29 @@ public:
         const Entry* last;
         const Entry* begin() const { return first; }
         const Entry* end() const { return last; }
+        const Entry& operator[](unsigned int i) const { return first[i]; }
         unsigned int size() const { return static_cast<unsigned int>(last - first); }
     };
 
-    const std::vector<Entry>& getEntries() const { return entries; }
+    Entries getEntries() const { return {first, first + count}; }
     // The entries of the free sums come first: those sums have the lower
     // indexes.
-    Entries freeEntries() const { return {entries.data(), entries.data() + nbFree}; }
-    Entries constrainedEntries() const { return {entries.data() + nbFree, entries.data() + entries.size()}; }
-    unsigned int getNbRootSums() const { return static_cast<unsigned int>(entries.size()); }
+    Entries freeEntries() const { return {first, first + nbFree}; }
+    Entries constrainedEntries() const { return {first + nbFree, first + count}; }
+    unsigned int getNbRootSums() const { return count; }
     unsigned int getNbFreeRootSums() const { return nbFree; }
     // Flipping it moves no constrained sum.
-    bool isFree() const { return nbFree == entries.size(); }
+    bool isFree() const { return nbFree == count; }
     // At most one constrained sum: a swap inside that sum keeps it level.
-    bool isMonoConstrained() const { return !entries.empty() && entries.size() - nbFree < 2; }
+    bool isMonoConstrained() const { return count != 0 && count - nbFree < 2; }
 
 private:
     friend class AutonomousFixedFields;
-    std::vector<Entry> entries;
+    // A window on the entries of every boolean, kept in one array: a
+    // million booleans make one allocation, and a boolean's entries sit
+    // beside its neighbours'.
+    const Entry* first = nullptr;
+    unsigned int count = 0;
     unsigned int nbFree = 0;
 };
 
@@ -92,6 +97,9 @@ struct SumSequence {
 class AutonomousFixedFields {
 public:
     explicit AutonomousFixedFields(const DagFixedFields& fixed);
+    // Its root bools point into its own entry array.
+    AutonomousFixedFields(const AutonomousFixedFields&) = delete;
+    AutonomousFixedFields& operator=(const AutonomousFixedFields&) = delete;
 
     static bool isRootBool(const DagFixedFields& fixed, unsigned int node);
     // A sum kind with at least two root-bool children.
@@ -140,6 +148,7 @@ private:
 
     const DagFixedFields& fixed;
     std::vector<RootBool> rootBools;
+    std::vector<RootBool::Entry> rootBoolEntries;
     std::vector<RootSum> rootSums;
     std::vector<SumRange> ranges;
     std::vector<signed char> objectiveSigns;

@@ -74,7 +74,7 @@ SumSide MoveChain::sideOf(const RootBool::Entry& entry) const {
 
 bool MoveChain::pickImprovingRootSum(bool freeOnly, unsigned int& sum, unsigned int& boolean) {
     if (!structure.pickImprovingBoolean(dag, quickrand, boolean)) return false;
-    const std::vector<RootBool::Entry>& entries = rootBoolOf(boolean).getEntries();
+    const RootBool::Entries entries = rootBoolOf(boolean).getEntries();
     unsigned int count = 0;
     for (const RootBool::Entry& entry : entries) count += !freeOnly || isFreeSum(entry.sum);
     if (count == 0) return false;
@@ -106,7 +106,7 @@ bool MoveChain::startPath(bool freeOnly) {
     // A cycle that starts on a free sum would never come back to the
     // constrained sums of its first boolean: it is anchored on one of them.
     if (!freeOnly && isFreeSum(sum)) {
-        const std::vector<RootBool::Entry>& entries = rootBoolOf(boolean).getEntries();
+        const RootBool::Entries entries = rootBoolOf(boolean).getEntries();
         unsigned int constrained = 0;
         for (const RootBool::Entry& entry : entries) constrained += !isFreeSum(entry.sum);
         if (constrained > 0) {
