@@ -3,6 +3,7 @@
 #include "solver/kernel/dag.h"
 #include "solver/kernel/kernelconstants.h"
 #include "solver/kernel/propagation.h"
+#include "solver/kernel/quickrand.h"
 #include "solver/kernel/wraparith.h"
 #include "solver/node/nodecomparison.h"
 
@@ -260,6 +261,38 @@ void KeptScores::reset(const Dag& dag) {
     for (unsigned int b = 0; b < f.nbBooleans(); ++b)
         if (fixed.isKept(b))
             for (unsigned int r = 0; r < nbRoots; ++r) gains[static_cast<std::size_t>(b) * nbRoots + r] = computeGain(dag, b, r);
+    if (targeting) trackAll();
+}
+
+void KeptScores::setTargeting(const Dag& dag, bool enabled) {
+    targeting = enabled;
+    if (!enabled) {
+        improving.clear();
+        return;
+    }
+    rootSigns.clear();
+    for (const KeptScoresFixed::Root& root : fixed.getRoots())
+        rootSigns.push_back(dag.getFixedFields().directions()[root.objective] == Maximize ? 1 : -1);
+    improving.assign(nbRoots, Bipartition());
+    if (usable) trackAll();
+}
+
+// From scratch, in the booleans' order: the same state gives the same sets.
+void KeptScores::trackAll() {
+    const unsigned int nbBooleans = nbRoots == 0 ? 0 : static_cast<unsigned int>(gains.size() / nbRoots);
+    for (unsigned int r = 0; r < nbRoots; ++r) {
+        improving[r].init(nbBooleans);
+        for (unsigned int b = 0; b < nbBooleans; ++b) track(b, r);
+    }
+}
+
+unsigned int KeptScores::pickImproving(unsigned int objective, Quickrand& rand) const {
+    if (!targeting || !usable) return NOT_TARGETED;
+    for (unsigned int r = 0; r < nbRoots; ++r) {
+        if (fixed.getRoots()[r].objective != objective) continue;
+        return improving[r].getRandomIn(rand);
+    }
+    return NOT_TARGETED;
 }
 
 bool KeptScores::covers(const Dag& dag, const std::vector<unsigned int>& modified) const {
@@ -391,10 +424,13 @@ bool KeptScores::commit(const Dag& dag, const std::vector<unsigned int>& modifie
                           static_cast<int>(KeptScoresFixed::bit(e->table, before, xw)));
             long long& gain = gains[static_cast<std::size_t>(w) * nbRoots + e->root];
             gain = static_cast<long long>(static_cast<unsigned long long>(gain) + times(change, e->coefficient));
+            if (targeting) track(w, e->root);
         }
         long long* gain = gains.data() + static_cast<std::size_t>(b) * nbRoots;
-        for (unsigned int r = 0; r < nbRoots; ++r)
+        for (unsigned int r = 0; r < nbRoots; ++r) {
             gain[r] = static_cast<long long>(0ULL - static_cast<unsigned long long>(gain[r]));
+            if (targeting) track(b, r);
+        }
         pending[b] = 0;
     }
     return true;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "solver/kernel/bipartition.h"
 #include "solver/kernel/nodetype.h"
 
 #include <vector>
@@ -7,6 +8,7 @@
 class Dag;
 class DagFixedFields;
 class Propagation;
+class Quickrand;
 
 // The pseudo-Boolean part of a graph, found once and shared by the threads.
 //
@@ -126,6 +128,18 @@ public:
     // then unusable until reset() finds every kept boolean back in them.
     bool commit(const Dag& dag, const std::vector<unsigned int>& modified);
 
+    // Targeting from the gains: per root, the booleans whose flip alone
+    // improves it in its objective's direction, kept with the gains while
+    // enabled, so that a move can start from an improving boolean without
+    // walking the graph.
+    void setTargeting(const Dag& dag, bool enabled);
+    static constexpr unsigned int NOT_TARGETED = 4294967294u;
+    // A random boolean (variable index) whose flip improves `objective`;
+    // Bipartition::NONE when none does; NOT_TARGETED when targeting is off,
+    // the scores are unusable or the objective is not a root.
+    unsigned int pickImproving(unsigned int objective, Quickrand& rand) const;
+    bool isImproving(unsigned int boolean, unsigned int root) const { return improving[root].isIn(boolean); }
+
     long long gain(unsigned int boolean, unsigned int root) const {
         return gains[static_cast<std::size_t>(boolean) * nbRoots + root];
     }
@@ -133,10 +147,22 @@ public:
     long long computeGain(const Dag& dag, unsigned int boolean, unsigned int root) const;
 
 private:
+    void track(unsigned int boolean, unsigned int root) {
+        const long long g = gains[static_cast<std::size_t>(boolean) * nbRoots + root];
+        if (rootSigns[root] > 0 ? g > 0 : g < 0)
+            improving[root].setIn(boolean);
+        else
+            improving[root].setOut(boolean);
+    }
+    void trackAll();
+
     const KeptScoresFixed& fixed;
     unsigned int nbRoots;
     std::vector<long long> gains;
     bool usable = false;
+    bool targeting = false;
+    std::vector<Bipartition> improving;    // per root, when targeting
+    std::vector<signed char> rootSigns;    // +1 maximised, -1 minimised
     // Scratch of one move, cleared before it ends.
     std::vector<long long> deltas;
     std::vector<long long> rowShifts;

@@ -33,6 +33,12 @@ void Propagation::setKeptScoresEnabled(Dag& dag, bool enabled) {
     }
     if (!kept) kept = std::make_unique<KeptScores>(fixed.keptScores(), fixed.nbBooleans());
     kept->reset(dag);
+    kept->setTargeting(dag, keptTargeting);
+}
+
+void Propagation::setKeptTargetingEnabled(Dag& dag, bool enabled) {
+    keptTargeting = enabled;
+    if (kept) kept->setTargeting(dag, enabled);
 }
 
 void Propagation::initializeConstraints(Dag& dag) {

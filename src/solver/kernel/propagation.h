@@ -36,6 +36,9 @@ public:
     // On by default; switching on computes the scores from scratch.
     void setKeptScoresEnabled(Dag& dag, bool enabled);
     const KeptScores* getKeptScores() const { return kept.get(); }
+    // Off by default: the kept scores also keep, per scored objective, the
+    // booleans whose flip improves it, and moves draw their targets there.
+    void setKeptTargetingEnabled(Dag& dag, bool enabled);
 
     // Sets a variable's new value for this move; ignored when equal to the
     // committed value or when the variable was already changed in the move.
@@ -147,6 +150,7 @@ private:
     __int128 tWeightedChange = 0;
     std::unique_ptr<KeptScores> kept;
     bool keptEnabled = true;
+    bool keptTargeting = false;
     // The move under way was evaluated from the kept scores.
     bool keptEvaluated = false;
     // The move's variables are in the graph's lists.

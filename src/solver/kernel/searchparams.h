@@ -22,6 +22,7 @@ enum AdvancedParam : unsigned int {
     K3ForkPathEnabled,
     KReversalEnabled,
     KeptScoresEnabled,
+    KeptTargetingEnabled,
     ViolationWeightPeriod,
     WholePairsEnabled,
     NB_ADVANCED_PARAMS

@@ -49,6 +49,7 @@ void ThreadEnv::createHeuristic() {
 void ThreadEnv::initHeuristic(const AutonomousFixedFields* fixedFields, unsigned int seed) {
     createHeuristic();
     dag->getPropagation().setKeptScoresEnabled(*dag, params.get(KeptScoresEnabled) != 0);
+    dag->getPropagation().setKeptTargetingEnabled(*dag, params.get(KeptTargetingEnabled) != 0);
     structure = std::make_unique<AutonomousStructure>(*dag, *fixedFields);
     moveFilter = std::make_unique<MoveFilter>(heuristic.get());
     moveFilter->setExplorationEnabled(params.get(MoveExplorationEnabled) != 0);

@@ -74,6 +74,14 @@ bool AutonomousStructure::pickImprovingBoolean(const Dag& dag, Quickrand& rand, 
 bool AutonomousStructure::pickImprovingBooleanForObjective(const Dag& dag, Quickrand& rand, unsigned int objective,
                                                            unsigned int& boolean) const {
     const DagFixedFields& fixed = dag.getFixedFields();
+    if (const KeptScores* kept = dag.getPropagation().getKeptScores()) {
+        const unsigned int picked = kept->pickImproving(objective, rand);
+        if (picked == Bipartition::NONE) return false;
+        if (picked != KeptScores::NOT_TARGETED) {
+            boolean = fixed.variables()[picked];
+            return true;
+        }
+    }
     unsigned int node = fixed.objectives()[objective];
     Node* object = dag.getNode(node);
     return fixed.directions()[objective] == Maximize ? object->findIncreasingBoolean(dag, rand, boolean, node)

@@ -7,6 +7,7 @@
 
 #include "solver/kernel/dag.h"
 #include "solver/kernel/propagation.h"
+#include "solver/kernel/quickrand.h"
 #include "solver/kernel/solution.h"
 #include "testgraph.h"
 
@@ -122,13 +123,34 @@ struct RandomModel {
     std::vector<unsigned int> booleans;
 };
 
-void expectGainsExact(const Dag& dag) {
+// With targeting, also the improving sets: exactly the booleans whose gain
+// goes the objective's way, and a draw from them is one of them.
+void expectGainsExact(const Dag& dag, bool targeting = false) {
     const KeptScores* kept = dag.getPropagation().getKeptScores();
     ASSERT_NE(kept, nullptr);
     const KeptScoresFixed& fixed = dag.getFixedFields().keptScores();
-    for (unsigned int b = 0; b < dag.getFixedFields().nbBooleans(); ++b)
-        for (unsigned int r = 0; r < fixed.nbRoots(); ++r)
-            ASSERT_EQ(kept->gain(b, r), kept->computeGain(dag, b, r)) << "boolean " << b << " root " << r;
+    for (unsigned int r = 0; r < fixed.nbRoots(); ++r) {
+        const unsigned int objective = fixed.getRoots()[r].objective;
+        const bool maximised = dag.getFixedFields().directions()[objective] == Maximize;
+        unsigned int nbImproving = 0;
+        for (unsigned int b = 0; b < dag.getFixedFields().nbBooleans(); ++b) {
+            const long long gain = kept->gain(b, r);
+            ASSERT_EQ(gain, kept->computeGain(dag, b, r)) << "boolean " << b << " root " << r;
+            if (!targeting) continue;
+            const bool improves = maximised ? gain > 0 : gain < 0;
+            ASSERT_EQ(kept->isImproving(b, r), improves) << "boolean " << b << " root " << r;
+            nbImproving += improves;
+        }
+        if (!targeting) continue;
+        Quickrand rand(r + 1);
+        const unsigned int picked = kept->pickImproving(objective, rand);
+        if (nbImproving == 0) {
+            ASSERT_EQ(picked, Bipartition::NONE);
+        } else {
+            ASSERT_LT(picked, dag.getFixedFields().nbBooleans());
+            ASSERT_TRUE(kept->isImproving(picked, r));
+        }
+    }
 }
 
 TEST(KeptScoresTest, MovesAgreeWithTheGraphAndGainsStayExact) {
@@ -141,6 +163,8 @@ TEST(KeptScoresTest, MovesAgreeWithTheGraphAndGainsStayExact) {
         std::unique_ptr<Dag> kept = m.g.makeDag(start), plain = m.g.makeDag(start);
         plain->getPropagation().setKeptScoresEnabled(*plain, false);
         if (m.g.fixed.keptScores().nbRoots() == 0) continue;
+        const bool targeting = seed % 2 == 0;
+        kept->getPropagation().setKeptTargetingEnabled(*kept, targeting);
         Propagation& p = kept->getPropagation();
         Propagation& q = plain->getPropagation();
         // Soft constraints half of the time, hard (where satisfied) else.
@@ -148,7 +172,7 @@ TEST(KeptScoresTest, MovesAgreeWithTheGraphAndGainsStayExact) {
             p.activateAllSatisfiedConstraints(*kept);
             q.activateAllSatisfiedConstraints(*plain);
         }
-        expectGainsExact(*kept);
+        expectGainsExact(*kept, targeting);
         const std::vector<unsigned int>& objectives = m.g.fixed.objectives();
         for (int move = 0; move < 400; ++move) {
             for (unsigned int f = 0, count = m.pick(1, 4); f < count; ++f) {
@@ -176,7 +200,7 @@ TEST(KeptScoresTest, MovesAgreeWithTheGraphAndGainsStayExact) {
                 ASSERT_EQ(kept->newValue(node), kept->currentValue(node)) << "node " << node;
             }
             ASSERT_EQ(p.getViolatedConstraintsCost(), q.getViolatedConstraintsCost());
-            expectGainsExact(*kept);
+            expectGainsExact(*kept, targeting);
         }
         kept->check();
         keptEvaluations += p.getNbKeptEvaluations();
@@ -191,12 +215,13 @@ TEST(KeptScoresTest, LoadingASolutionKeepsTheGainsExact) {
     RandomModel m(99);
     std::unique_ptr<Dag> dag = m.g.makeDag();
     ASSERT_GT(m.g.fixed.keptScores().nbRoots(), 0u);
+    dag->getPropagation().setKeptTargetingEnabled(*dag, true);
     Solution solution;
     dag->saveSolution(solution);
     for (int round = 0; round < 20; ++round) {
         for (long long& v : solution.variables()) v = m.pick(0, 1);
         ASSERT_TRUE(dag->loadSolution(solution));
-        expectGainsExact(*dag);
+        expectGainsExact(*dag, true);
     }
 }
 
