@@ -20,6 +20,14 @@ public:
     int getObjectiveWindowSize() const { return objectiveWindowSize; }
     void setPlateauLength(unsigned long long length) { plateauLength = length; }
     void setDegradingIterationsLimit(double limit) { degradingIterationsLimit = limit; }
+    // A temperature instead of the window (0: the window): degrading moves
+    // of the optimized objective are accepted with probability exp(-d / T),
+    // where T cools geometrically from TEMPERATURE_START to TEMPERATURE_END
+    // times the mean degradation of the moves tried, over sweeps of `sweep`
+    // moves per decision, and starts again at each sweep.
+    void setTemperatureSweep(unsigned int sweep) { temperatureSweep = sweep; }
+    // The temperature at this iteration, for a mean degradation of 1.
+    double relativeTemperature() const;
     // Records a value in the objective's window at the current slot.
     void addObjective(long long value, int objective);
     long long getLastObjective(int objective) const;
@@ -42,4 +50,8 @@ private:
     std::vector<double> windowAverages;
     bool annealingEnabled = true;
     unsigned long long estimatedIterationNumber = 0;
+    unsigned int temperatureSweep = 0;
+    // Per objective, a running mean of the degradations that moves offered:
+    // the temperature's scale, so that weights of any size cool alike.
+    std::vector<double> meanDegradations;
 };

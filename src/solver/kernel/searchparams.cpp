@@ -16,6 +16,7 @@ const AdvancedParamInfo ADVANCED_PARAMS[NB_ADVANCED_PARAMS] = {
     {"kReversalEnabled", 1, 0, 1, false, "1: block reversals of sequences (columns of an assignment with unit rows)"},
     {"keptScoresEnabled", 1, 0, 1, false, "1: flips of booleans in sums of booleans and pairs are scored without the graph"},
     {"keptTargetingEnabled", 0, 0, 1, false, "1: moves targeting an improving variable draw it from the kept scores instead of through the graph"},
+    {"temperatureSweep", 0, 0, 100000, true, "with annealing: moves per decision in one cooling of a temperature that replaces the window; 0: the window"},
     {"violationWeightPeriod", 0, 0, 1000000000, true, "while infeasible, moves without progress before the violated constraints weigh more; 0: never"},
     {"wholePairsEnabled", 1, 0, 1, false, "1: a swap or balance pair sharing a boolean with an earlier pair of the move is left out"},
 };

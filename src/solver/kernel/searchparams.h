@@ -23,6 +23,7 @@ enum AdvancedParam : unsigned int {
     KReversalEnabled,
     KeptScoresEnabled,
     KeptTargetingEnabled,
+    TemperatureSweep,
     ViolationWeightPeriod,
     WholePairsEnabled,
     NB_ADVANCED_PARAMS

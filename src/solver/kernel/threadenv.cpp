@@ -40,6 +40,7 @@ void ThreadEnv::createHeuristic() {
     if (params.annealingLevel != 0) {
         auto annealing = std::make_unique<HeuristicAutoAnnealing>(dag);
         annealing->setObjectiveWindowSize(params.annealingLevel);
+        annealing->setTemperatureSweep(static_cast<unsigned int>(params.get(TemperatureSweep)));
         heuristic = std::move(annealing);
     } else {
         heuristic = std::make_unique<HeuristicDescent>(dag);

@@ -34,13 +34,15 @@ long long bestKnapsack() {
 
 // A knapsack search as a thread sets it up, from a greedy start.
 struct KnapsackSearch {
-    explicit KnapsackSearch(int annealingLevel, unsigned int seed = 7) : model(WEIGHTS, VALUES, CAPACITY) {
+    explicit KnapsackSearch(int annealingLevel, unsigned int seed = 7, int temperatureSweep = 0)
+        : model(WEIGHTS, VALUES, CAPACITY) {
         dag = model.g.makeDag();
         Quickrand rand(seed);
         GreedySolution(&rand).computeSolution(dag.get());
         autonomous = std::make_unique<AutonomousFixedFields>(model.g.fixed);
         SearchParams params;
         params.annealingLevel = annealingLevel;
+        params.set(TemperatureSweep, temperatureSweep);
         env = std::make_unique<ThreadEnv>(params, dag.get(), autonomous.get(), seed);
     }
     Heuristic& h() { return *env->getHeuristic(); }
@@ -349,5 +351,37 @@ TEST(HeuristicTest, PlateauCountsOnlyBuiltMoves) {
         annealing->setIterationLimit(200);
         annealing->run();
         EXPECT_EQ(annealing->isAnnealingEnabled(), !built) << (built ? "refused moves" : "unbuilt moves");
+    }
+}
+
+// The temperature cools over each sweep (moves per decision times the
+// decisions) and starts again; with it the annealing accepts degradations
+// and still finds the optimum.
+TEST(HeuristicTest, TemperatureCoolsOverEachSweepAndStartsAgain) {
+    const unsigned long long optimum = static_cast<unsigned long long>(bestKnapsack());
+    for (unsigned int seed : {1u, 2u, 3u}) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        KnapsackSearch search(1, seed, 40);
+        auto* annealing = dynamic_cast<HeuristicAutoAnnealing*>(&search.h());
+        ASSERT_NE(annealing, nullptr);
+        const unsigned long long sweep = 40ull * search.model.g.fixed.nbVariables();
+        std::vector<double> temperatures;
+        Probe probe([&] { temperatures.push_back(annealing->relativeTemperature()); });
+        annealing->addCallback(&probe);
+        annealing->setIterationLimit(3 * sweep);
+        annealing->run();
+        annealing->removeCallback(&probe);
+        ASSERT_EQ(temperatures.size(), 3 * sweep);
+        // After iteration i the phase is (i + 1) / sweep.
+        for (std::size_t i = 1; i < temperatures.size(); ++i) {
+            if ((i + 1) % sweep == 0) {
+                EXPECT_DOUBLE_EQ(temperatures[i], 0.4) << i;
+                EXPECT_GT(temperatures[i], 30 * temperatures[i - 1]) << i;
+            } else {
+                EXPECT_LT(temperatures[i], temperatures[i - 1]) << i;
+            }
+        }
+        EXPECT_GT(annealing->getNbAcceptedDegradations(), 0u);
+        EXPECT_EQ(static_cast<unsigned long long>(annealing->getBestSolution().getObjectiveValues()[0]), optimum);
     }
 }
