@@ -17,6 +17,9 @@ const AdvancedParamInfo ADVANCED_PARAMS[NB_ADVANCED_PARAMS] = {
     {"keptScoresEnabled", 1, 0, 1, false, "1: flips of booleans in sums of booleans and pairs are scored without the graph"},
     {"violationWeightPeriod", 0, 0, 1000000000, true, "while infeasible, moves without progress before the violated constraints weigh more; 0: never"},
     {"wholePairsEnabled", 1, 0, 1, false, "1: a swap or balance pair sharing a boolean with an earlier pair of the move is left out"},
+    {"exchangePeriod", 3, 1, 3600, true, "several processes (mpirun): seconds between exchanges of the best solution"},
+    {"exchangeIterationPeriod", 0, 0, 2147483647, true, "several processes: iterations per thread between exchanges; 0: a tenth of an iteration limit without time limit, else by time"},
+    {"restartShare", 50, 0, 100, true, "several processes: percentage of the other processes that restart from the best solution at an exchange"},
 };
 
 SearchParams::SearchParams() {

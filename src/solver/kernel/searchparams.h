@@ -24,6 +24,9 @@ enum AdvancedParam : unsigned int {
     KeptScoresEnabled,
     ViolationWeightPeriod,
     WholePairsEnabled,
+    ExchangePeriod,
+    ExchangeIterationPeriod,
+    RestartShare,
     NB_ADVANCED_PARAMS
 };
 
