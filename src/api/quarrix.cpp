@@ -231,7 +231,6 @@ void Quarrix::searchWithRanks(int i, bool byIterations) {
     const Clock::duration exchangePeriod = std::chrono::seconds(exchangeSeconds);
     Clock::time_point nextDisplay = Clock::now() + displayPeriod;
     Clock::time_point nextExchange = Clock::now() + exchangePeriod;
-    unsigned long long round = 0;
     for (;;) {
         // Checkpoint exchanges wake the wait themselves.
         Clock::time_point deadline = byIterations ? nextDisplay : std::min(nextDisplay, nextExchange);
@@ -255,7 +254,7 @@ void Quarrix::searchWithRanks(int i, bool byIterations) {
             parallelizer->pause();
         }
         state = QXState::Paused;
-        if (exchange(i, stopRequested || parallelizer->someEnded(), round++)) return;
+        if (exchange(i, stopRequested || parallelizer->someEnded())) return;
         nextExchange = Clock::now() + exchangePeriod;
         state = QXState::Running;
         parallelizer->resume();
@@ -263,7 +262,7 @@ void Quarrix::searchWithRanks(int i, bool byIterations) {
     }
 }
 
-bool Quarrix::exchange(int i, bool ending, unsigned long long round) {
+bool Quarrix::exchange(int i, bool ending) {
     phases[i]->statistics->update();
     const Solution& mine = parallelizer->getBestHeuristic()->getBestSolution();
     const std::vector<long long>& objectives = mine.getObjectiveValues();
@@ -286,22 +285,14 @@ bool Quarrix::exchange(int i, bool ending, unsigned long long round) {
 
     const std::size_t width = word.size();
     const int me = link->rank(), nbRanks = link->size();
-    const std::vector<ObjectiveDirection>& directions = graphs->getDag(0)->getFixedFields().directions();
-    auto violated = [&](int r) { return static_cast<unsigned long long>(all[r * width + 2]); };
-    auto standing = [&](int r) {
-        return std::vector<long long>(all.begin() + r * width + 3, all.begin() + r * width + 3 + nbObjectives);
-    };
-    auto worseThanBest = [&](int r, int best) {
-        return Portfolio::compareStandings(violated(r), standing(r), violated(best), standing(best), directions) < 0;
-    };
     bool end = false, stop = false;
-    int best = 0;
+    std::vector<Portfolio::Standing> standings;
     otherRanks = Counters();
     for (int r = 0; r < nbRanks; ++r) {
         const long long* w = &all[r * width];
         end = end || w[0] != 0;
         stop = stop || w[1] != 0;
-        if (worseThanBest(best, r)) best = r;
+        standings.push_back({static_cast<unsigned long long>(w[2]), std::vector<long long>(w + 3, w + 3 + nbObjectives)});
         if (r == me) continue;
         const long long* counters = w + 3 + nbObjectives;
         otherRanks.nbIterations += counters[0];
@@ -310,21 +301,19 @@ bool Quarrix::exchange(int i, bool ending, unsigned long long round) {
         otherRanks.nbImprovements += counters[3];
         otherRanks.nbInfeasibles += counters[4];
     }
-    // Restarts only where they move a rank to a better point; at the end,
-    // rank 0 takes the best solution for the result.
-    std::vector<bool> restarting = Portfolio::restarters(nbRanks, best, restartShare, round);
-    bool anyRestart = false;
-    for (int r = 0; r < nbRanks; ++r) {
-        restarting[r] = !end && restarting[r] && worseThanBest(r, best);
-        anyRestart = anyRestart || restarting[r];
-    }
+    const std::vector<ObjectiveDirection>& directions = graphs->getDag(0)->getFixedFields().directions();
+    const int best = Portfolio::bestRank(standings, directions);
+    // No restart at the end: rank 0 takes the best solution for the result.
+    std::vector<bool> restarting(nbRanks, false);
+    if (!end) restarting = Portfolio::restarters(standings, best, restartShare, directions);
+    const bool anyRestart = std::find(restarting.begin(), restarting.end(), true) != restarting.end();
     const bool toRankZero = end && best != 0;
     if (anyRestart || toRankZero) {
         Solution incoming;
         if (me == best) incoming.variables() = mine.getVariableValues();
         link->broadcast(incoming.variables(), best);
-        incoming.objectives() = standing(best);
-        incoming.setNbViolatedConstraints(violated(best));
+        incoming.objectives() = standings[best].objectives;
+        incoming.setNbViolatedConstraints(standings[best].violated);
         if (restarting[me]) {
             for (unsigned int t = 0; t < parallelizer->getNbHeuristics(); ++t) {
                 Heuristic* heuristic = parallelizer->getHeuristic(t);

@@ -107,7 +107,7 @@ private:
     void searchWithRanks(int i, bool byIterations);
     // One exchange, with every local thread halted; true when the phase
     // ends on every rank.
-    bool exchange(int i, bool ending, unsigned long long round);
+    bool exchange(int i, bool ending);
     // Statistics of phase i and of the solve, and the best solution back
     // into the API solution; with every search thread paused or ended.
     void update(int i);

@@ -1,5 +1,7 @@
 #include "solver/kernel/portfolio.h"
 
+#include <algorithm>
+
 namespace Portfolio {
 
 unsigned int rankSeed(unsigned int seed, int rank) {
@@ -27,20 +29,32 @@ int compareStandings(unsigned long long violatedA, const std::vector<long long>&
     return 0;
 }
 
-std::vector<bool> restarters(int nbRanks, int bestRank, int sharePercent, unsigned long long round) {
-    std::vector<bool> chosen(nbRanks > 0 ? nbRanks : 0, false);
-    // Rank 0 always keeps its own trajectory: a run on N ranks is then
-    // never worse than the same run on one, at equal iterations per rank.
+namespace {
+int compare(const Standing& a, const Standing& b, const std::vector<ObjectiveDirection>& directions) {
+    return compareStandings(a.violated, a.objectives, b.violated, b.objectives, directions);
+}
+}  // namespace
+
+int bestRank(const std::vector<Standing>& standings, const std::vector<ObjectiveDirection>& directions) {
+    int best = 0;
+    for (int r = 1; r < static_cast<int>(standings.size()); ++r)
+        if (compare(standings[r], standings[best], directions) > 0) best = r;
+    return best;
+}
+
+std::vector<bool> restarters(const std::vector<Standing>& standings, int best, int sharePercent,
+                             const std::vector<ObjectiveDirection>& directions) {
+    const int nbRanks = static_cast<int>(standings.size());
+    std::vector<bool> chosen(nbRanks, false);
     std::vector<int> candidates;
-    for (int step = 1; step < nbRanks; ++step) {
-        const int r = (bestRank + step) % nbRanks;
-        if (r != 0) candidates.push_back(r);
-    }
-    const int others = static_cast<int>(candidates.size());
-    if (others == 0 || sharePercent <= 0) return chosen;
-    const int count = sharePercent >= 100 ? others : (sharePercent * others + 50) / 100;
-    for (int j = 0; j < count; ++j)
-        chosen[candidates[(round * static_cast<unsigned long long>(count) + j) % others]] = true;
+    for (int r = 1; r < nbRanks; ++r)
+        if (r != best) candidates.push_back(r);
+    if (candidates.empty() || sharePercent <= 0) return chosen;
+    const std::size_t count = sharePercent >= 100 ? candidates.size() : (sharePercent * candidates.size() + 50) / 100;
+    std::stable_sort(candidates.begin(), candidates.end(),
+                     [&](int a, int b) { return compare(standings[a], standings[b], directions) < 0; });
+    for (std::size_t j = 0; j < count; ++j)
+        if (compare(standings[candidates[j]], standings[best], directions) < 0) chosen[candidates[j]] = true;
     return chosen;
 }
 

@@ -23,12 +23,24 @@ int compareStandings(unsigned long long violatedA, const std::vector<long long>&
                      unsigned long long violatedB, const std::vector<long long>& b,
                      const std::vector<ObjectiveDirection>& directions);
 
-// The ranks that restart from the best rank's solution after exchange
-// number `round`: sharePercent of the ranks other than the best one and
-// rank 0 (which never restarts), rounded to the nearest (a half up), taken
-// in turn after the best rank and shifted at each round so that every rank
-// keeps its own trajectory for a while. Indexed by rank.
-std::vector<bool> restarters(int nbRanks, int bestRank, int sharePercent, unsigned long long round);
+// What a rank tells the others of its best solution.
+struct Standing {
+    unsigned long long violated;
+    std::vector<long long> objectives;
+};
+
+// The rank of the best standing, the lowest such rank on ties.
+int bestRank(const std::vector<Standing>& standings, const std::vector<ObjectiveDirection>& directions);
+
+// The ranks that restart from the best rank's solution: sharePercent of
+// the ranks other than the best one and rank 0, rounded to the nearest (a
+// half up), the worst standings first (the lower rank first among equals);
+// a rank as good as the best one stays. Rank 0 never restarts, so that a
+// run on N ranks is never worse than the same run on one at equal
+// iterations per rank; the best searches keep their own trajectories.
+// Indexed by rank.
+std::vector<bool> restarters(const std::vector<Standing>& standings, int best, int sharePercent,
+                             const std::vector<ObjectiveDirection>& directions);
 
 // The period, in iterations per thread, of the exchanges of a phase that
 // ends on an iteration limit: the advanced parameter when it is set, else

@@ -39,36 +39,55 @@ TEST(Portfolio, StandingsCompareFeasibilityFirstThenObjectivesInOrder) {
     EXPECT_EQ(Portfolio::compareStandings(0, {3}, 0, {-5}, minimize), -1);
 }
 
-TEST(Portfolio, RestartersAreAShareOfTheOtherRanksTakenInTurnNeverRankZero) {
-    auto count = [](const std::vector<bool>& chosen) {
-        int n = 0;
-        for (bool c : chosen) n += c;
-        return n;
-    };
+namespace {
+// Feasible standings of one maximised objective.
+std::vector<Portfolio::Standing> cuts(const std::vector<long long>& values) {
+    std::vector<Portfolio::Standing> standings;
+    for (long long v : values) standings.push_back({0, {v}});
+    return standings;
+}
+const std::vector<ObjectiveDirection> MAXIMIZE{Maximize};
+}  // namespace
+
+TEST(Portfolio, TheBestRankIsTheBestStandingTheLowestRankOnTies) {
+    EXPECT_EQ(Portfolio::bestRank(cuts({5, 9, 7, 9}), MAXIMIZE), 1);
+    EXPECT_EQ(Portfolio::bestRank(cuts({9, 9}), MAXIMIZE), 0);
+    EXPECT_EQ(Portfolio::bestRank(cuts({4}), MAXIMIZE), 0);
+    // An infeasible rank loses to any feasible one.
+    std::vector<Portfolio::Standing> mixed{{1, {100}}, {0, {1}}, {2, {200}}};
+    EXPECT_EQ(Portfolio::bestRank(mixed, MAXIMIZE), 1);
+}
+
+TEST(Portfolio, RestartersAreTheWorstShareOfTheOtherRanksNeverRankZero) {
+    using Ranks = std::vector<bool>;
     // Alone, or with a share of 0: nobody restarts.
-    EXPECT_EQ(count(Portfolio::restarters(1, 0, 100, 0)), 0);
-    EXPECT_EQ(count(Portfolio::restarters(8, 3, 0, 5)), 0);
-    // All the others but rank 0, never the best rank itself.
-    EXPECT_EQ(Portfolio::restarters(5, 2, 100, 7), std::vector<bool>({false, true, false, true, true}));
-    EXPECT_EQ(Portfolio::restarters(5, 0, 100, 7), std::vector<bool>({false, true, true, true, true}));
-    // Two ranks: rank 1 restarts when rank 0 is the best, else nobody.
-    EXPECT_EQ(Portfolio::restarters(2, 0, 50, 0), std::vector<bool>({false, true}));
-    EXPECT_EQ(count(Portfolio::restarters(2, 1, 100, 0)), 0);
-    // Rounded to the nearest, a half up: a tenth of 4 candidates is 0, half
-    // of 4 is 2, a third of 14 is 5.
-    EXPECT_EQ(count(Portfolio::restarters(5, 0, 10, 0)), 0);
-    EXPECT_EQ(count(Portfolio::restarters(5, 0, 50, 0)), 2);
-    EXPECT_EQ(count(Portfolio::restarters(16, 9, 33, 0)), 5);
-    // Round 0 takes the candidates right after the best rank, skipping 0;
-    // the rounds go on around them, so each gets its turn equally often.
-    EXPECT_EQ(Portfolio::restarters(5, 3, 50, 0), std::vector<bool>({false, true, false, false, true}));
-    std::vector<int> turns(7, 0);
-    for (unsigned long long round = 0; round < 5; ++round) {
-        std::vector<bool> chosen = Portfolio::restarters(7, 4, 40, round);
-        EXPECT_EQ(count(chosen), 2);
-        for (int r = 0; r < 7; ++r) turns[r] += chosen[r];
-    }
-    EXPECT_EQ(turns, std::vector<int>({0, 2, 2, 2, 0, 2, 2}));
+    EXPECT_EQ(Portfolio::restarters(cuts({3}), 0, 100, MAXIMIZE), Ranks({false}));
+    EXPECT_EQ(Portfolio::restarters(cuts({9, 1, 2}), 0, 0, MAXIMIZE), Ranks({false, false, false}));
+    // All of them but rank 0 and the best one.
+    EXPECT_EQ(Portfolio::restarters(cuts({1, 2, 9, 3, 4}), 2, 100, MAXIMIZE),
+              Ranks({false, true, false, true, true}));
+    // Two ranks: rank 1 restarts when rank 0 is the better, else nobody.
+    EXPECT_EQ(Portfolio::restarters(cuts({9, 1}), 0, 50, MAXIMIZE), Ranks({false, true}));
+    EXPECT_EQ(Portfolio::restarters(cuts({1, 9}), 1, 100, MAXIMIZE), Ranks({false, false}));
+    // The worst first: half of the 4 candidates (ranks 1 to 4) are the two
+    // lowest cuts; ties go to the lower rank.
+    EXPECT_EQ(Portfolio::restarters(cuts({0, 6, 2, 5, 9}), 4, 50, MAXIMIZE),
+              Ranks({false, false, true, true, false}));
+    EXPECT_EQ(Portfolio::restarters(cuts({9, 3, 3, 3, 8}), 0, 50, MAXIMIZE),
+              Ranks({false, true, true, false, false}));
+    // Rounded to the nearest, a half up: a tenth of 4 is 0, a third of 14
+    // is 5.
+    EXPECT_EQ(Portfolio::restarters(cuts({9, 1, 2, 3, 4}), 0, 10, MAXIMIZE), Ranks(5, false));
+    std::vector<long long> sixteen(16);
+    for (int r = 0; r < 16; ++r) sixteen[r] = r;
+    Ranks third = Portfolio::restarters(cuts(sixteen), 15, 33, MAXIMIZE);
+    EXPECT_EQ(third, Ranks({false, true, true, true, true, true, false, false, false, false, false, false, false,
+                            false, false, false}));
+    // A rank as good as the best one stays where it is.
+    EXPECT_EQ(Portfolio::restarters(cuts({1, 9, 9}), 1, 100, MAXIMIZE), Ranks({false, false, false}));
+    // Infeasible ranks are the worst.
+    std::vector<Portfolio::Standing> mixed{{0, {5}}, {0, {2}}, {3, {50}}, {0, {9}}};
+    EXPECT_EQ(Portfolio::restarters(mixed, 3, 34, MAXIMIZE), Ranks({false, false, true, false}));
 }
 
 TEST(Portfolio, IterationPeriodIsTheParameterOrATenthOfTheLimit) {
