@@ -12,6 +12,9 @@
 #                               without it) and for scripts/compare
 #   scripts/setup.sh fuzz       also clang and its libFuzzer runtime, for the
 #                               fuzzing build (-DQUARRIX_FUZZ=ON)
+#   scripts/setup.sh mpi        also OpenMPI (compilers' wrappers, headers and
+#                               mpirun), for the multi-process build
+#                               (-DQUARRIX_MPI=ON)
 # Tools that only some tests or builds need are installed only when asked
 # for, so that the plain set-up stays what every build needs.
 set -euo pipefail
@@ -27,7 +30,8 @@ for extra in "$@"; do
     package) packages+=(pkg-config) ;;
     lp) packages+=(coinor-cbc) ;;
     fuzz) packages+=(clang libclang-rt-14-dev) ;;
-    *) echo "setup: unknown set '$extra' (known: package, lp, fuzz)" >&2; exit 1 ;;
+    mpi) packages+=(libopenmpi-dev openmpi-bin) ;;
+    *) echo "setup: unknown set '$extra' (known: package, lp, fuzz, mpi)" >&2; exit 1 ;;
   esac
 done
 

@@ -7,6 +7,10 @@
 #include "api/qxversion.h"
 #include "modeler/launcher.h"
 
+#ifdef QUARRIX_MPI
+#include "api/mpiranklink.h"
+#endif
+
 namespace {
 
 // Only async-signal-safe calls: write(2) and _exit(2). A running solve is
@@ -37,9 +41,17 @@ void onInterrupt(int signal) {
 }  // namespace
 
 int main(int argc, char** argv) {
+#ifdef QUARRIX_MPI
+    // Under mpirun, this process is one rank of a search spread over all;
+    // started alone, a plain run. Before the handlers: MPI sets its own.
+    std::unique_ptr<MpiRankLink> ranks = MpiRankLink::open(argc, argv);
+#endif
     for (int signal : {SIGTERM, SIGINT, SIGABRT}) onInterrupt(signal);
     std::cout << QXVersion::getInfo() << std::endl;
     Launcher* launcher = new Launcher(argc, argv);
+#ifdef QUARRIX_MPI
+    launcher->setRankLink(ranks.get());
+#endif
     int status = launcher->run();
     delete launcher;
     return status;

@@ -6,17 +6,20 @@
 #include "api/qxphase.h"
 #include "api/qxsolution.h"
 #include "api/qxstatistics.h"
+#include "api/ranklink.h"
 #include "api/solvegraphs.h"
 #include "api/compiledmodel.h"
 #include "solver/kernel/dag.h"
 #include "solver/kernel/greedysolution.h"
 #include "solver/kernel/constants.h"
 #include "solver/kernel/parallelizer.h"
+#include "solver/kernel/portfolio.h"
 #include "solver/kernel/quickrand.h"
 #include "solver/kernel/solution.h"
 #include "solver/kernel/threadenv.h"
 #include "solver/move/autonomousfixedfields.h"
 
+#include <algorithm>
 #include <chrono>
 #include <iostream>
 
@@ -93,6 +96,10 @@ void Quarrix::solve() {
 void Quarrix::solveOn(SolveGraphs& compiled) {
     ApiErrors::checkStopped(this, QX_HERE);
     const SearchParams params = param->searchParams();
+    exchangeSeconds = params.get(ExchangePeriod);
+    exchangeIterations = params.get(ExchangeIterationPeriod);
+    restartShare = params.get(RestartShare);
+    otherRanks = Counters();
     deleteSearch();
     createSolver(compiled, params);
     clearStats();
@@ -119,7 +126,8 @@ std::string Quarrix::arithmeticRefusalsInfo() const {
 void Quarrix::createSolver(SolveGraphs& compiled, const SearchParams& params) {
     graphs = &compiled;
     parallelizer.reset(new Parallelizer());
-    Quickrand rand(static_cast<unsigned int>(param->seed));
+    const unsigned int seed = static_cast<unsigned int>(param->seed);
+    Quickrand rand(link ? Portfolio::rankSeed(seed, link->rank()) : seed);
     GreedySolution greedy(&rand);
     Solution start;
     compiled.convertSolution(solution.get(), &start);
@@ -165,11 +173,23 @@ void Quarrix::solvePhase(int i) {
     // The limits are sums from the start of the solve: what remains of them
     // after the earlier phases, the time to the nanosecond.
     const int timeLimit = computePhaseTimeLimit(i);
-    const std::chrono::nanoseconds remainingTime =
+    std::chrono::nanoseconds remainingTime =
         std::chrono::seconds(timeLimit) - std::chrono::nanoseconds(statistics->runningNanoseconds);
     const bool timed = timeLimit != QXLimits::NO_TIME_LIMIT;
-    int64_t remainingIterations = computePhaseIterationLimit(i) - statistics->nbIterations;
-    if ((timed && remainingTime.count() <= 0) || remainingIterations <= 0) return;
+    const int64_t iterationLimit = computePhaseIterationLimit(i);
+    // This rank's own iterations: the limits hold per thread.
+    int64_t remainingIterations = iterationLimit - (statistics->nbIterations - otherRanks.nbIterations);
+    bool skipped = (timed && remainingTime.count() <= 0) || remainingIterations <= 0;
+    if (link) {
+        // Every rank runs the phase or none does, as rank 0's clock says;
+        // a rank whose own clock is past the limit ends at once.
+        std::vector<long long> word{skipped ? 1 : 0};
+        link->broadcast(word, 0);
+        skipped = word[0] != 0;
+        remainingTime = std::max(remainingTime, std::chrono::nanoseconds(0));
+        remainingIterations = std::max<int64_t>(remainingIterations, 0);
+    }
+    if (skipped) return;
     if (param->verbosity > 0) std::cout << "Phase " << i << ":" << std::endl << std::endl;
     for (unsigned int t = 0; t < parallelizer->getNbHeuristics(); ++t) {
         Heuristic* heuristic = parallelizer->getHeuristic(t);
@@ -178,9 +198,17 @@ void Quarrix::solvePhase(int i) {
         if (timed) heuristic->setTimeLimit(std::chrono::duration_cast<SearchClock::Clock::duration>(remainingTime));
         heuristic->setIterationLimit(static_cast<unsigned long long>(remainingIterations));
     }
+    // Exchanges at fixed iteration counts make a run on iteration limits
+    // reproducible; under a time limit they follow the clock.
+    const bool byIterations =
+        link && (exchangeIterations > 0 || (!timed && iterationLimit != QXLimits::NO_ITERATION_LIMIT));
+    parallelizer->setCheckpointPeriod(
+        byIterations ? Portfolio::iterationPeriod(exchangeIterations, static_cast<unsigned long long>(remainingIterations))
+                     : 0);
     state = QXState::Running;
     parallelizer->start();
-    while (parallelizer->getState() == ParallelizerRunning) {
+    if (link) searchWithRanks(i, byIterations);
+    while (!link && parallelizer->getState() == ParallelizerRunning) {
         if (parallelizer->wait(static_cast<unsigned int>(param->timeBetweenDisplays))) break;
         if (callback == nullptr) continue;
         parallelizer->pause();
@@ -195,6 +223,109 @@ void Quarrix::solvePhase(int i) {
     state = QXState::Paused;
     update(i);
     if (callback != nullptr) callback(callbackData);
+}
+
+void Quarrix::searchWithRanks(int i, bool byIterations) {
+    typedef std::chrono::steady_clock Clock;
+    const Clock::duration displayPeriod = std::chrono::seconds(param->timeBetweenDisplays);
+    const Clock::duration exchangePeriod = std::chrono::seconds(exchangeSeconds);
+    Clock::time_point nextDisplay = Clock::now() + displayPeriod;
+    Clock::time_point nextExchange = Clock::now() + exchangePeriod;
+    for (;;) {
+        // Checkpoint exchanges wake the wait themselves.
+        Clock::time_point deadline = byIterations ? nextDisplay : std::min(nextDisplay, nextExchange);
+        const Parallelizer::WaitOutcome outcome = parallelizer->waitUntil(deadline);
+        const Clock::time_point now = Clock::now();
+        if (outcome == Parallelizer::WaitTimedOut && (byIterations || now < nextExchange)) {
+            nextDisplay = now + displayPeriod;
+            if (callback == nullptr) continue;
+            parallelizer->pause();
+            state = QXState::Paused;
+            update(i);
+            callback(callbackData);
+            // A stop asked by the display ends the phase on every rank
+            // through an exchange, now.
+            if (!stopRequested) {
+                state = QXState::Running;
+                parallelizer->resume();
+                continue;
+            }
+        } else if (outcome == Parallelizer::WaitTimedOut) {
+            parallelizer->pause();
+        }
+        state = QXState::Paused;
+        if (exchange(i, stopRequested || parallelizer->someEnded())) return;
+        nextExchange = Clock::now() + exchangePeriod;
+        state = QXState::Running;
+        parallelizer->resume();
+        parallelizer->releaseCheckpoint();
+    }
+}
+
+bool Quarrix::exchange(int i, bool ending) {
+    phases[i]->statistics->update();
+    const Solution& mine = parallelizer->getBestHeuristic()->getBestSolution();
+    const std::vector<long long>& objectives = mine.getObjectiveValues();
+    const std::size_t nbObjectives = objectives.size();
+    // A rank's word: whether it ends the phase and whether a stop asked it,
+    // its best standing, then its own counters (its phases' sums).
+    std::vector<long long> word{ending ? 1 : 0, stopRequested ? 1 : 0,
+                                static_cast<long long>(mine.getNbViolatedConstraints())};
+    word.insert(word.end(), objectives.begin(), objectives.end());
+    Counters own;
+    for (const auto& phase : phases) {
+        own.nbIterations += phase->statistics->nbIterations;
+        own.nbMoves += phase->statistics->nbMoves;
+        own.nbAccepted += phase->statistics->nbAccepted;
+        own.nbImprovements += phase->statistics->nbImprovements;
+        own.nbInfeasibles += phase->statistics->nbInfeasibles;
+    }
+    word.insert(word.end(), {own.nbIterations, own.nbMoves, own.nbAccepted, own.nbImprovements, own.nbInfeasibles});
+    const std::vector<long long> all = link->allGather(word);
+
+    const std::size_t width = word.size();
+    const int me = link->rank(), nbRanks = link->size();
+    bool end = false, stop = false;
+    std::vector<Portfolio::Standing> standings;
+    otherRanks = Counters();
+    for (int r = 0; r < nbRanks; ++r) {
+        const long long* w = &all[r * width];
+        end = end || w[0] != 0;
+        stop = stop || w[1] != 0;
+        standings.push_back({static_cast<unsigned long long>(w[2]), std::vector<long long>(w + 3, w + 3 + nbObjectives)});
+        if (r == me) continue;
+        const long long* counters = w + 3 + nbObjectives;
+        otherRanks.nbIterations += counters[0];
+        otherRanks.nbMoves += counters[1];
+        otherRanks.nbAccepted += counters[2];
+        otherRanks.nbImprovements += counters[3];
+        otherRanks.nbInfeasibles += counters[4];
+    }
+    const std::vector<ObjectiveDirection>& directions = graphs->getDag(0)->getFixedFields().directions();
+    const int best = Portfolio::bestRank(standings, directions);
+    // No restart at the end: rank 0 takes the best solution for the result.
+    std::vector<bool> restarting(nbRanks, false);
+    if (!end) restarting = Portfolio::restarters(standings, best, restartShare, directions);
+    const bool anyRestart = std::find(restarting.begin(), restarting.end(), true) != restarting.end();
+    const bool toRankZero = end && best != 0;
+    if (anyRestart || toRankZero) {
+        Solution incoming;
+        if (me == best) incoming.variables() = mine.getVariableValues();
+        link->broadcast(incoming.variables(), best);
+        incoming.objectives() = standings[best].objectives;
+        incoming.setNbViolatedConstraints(standings[best].violated);
+        if (restarting[me]) {
+            for (unsigned int t = 0; t < parallelizer->getNbHeuristics(); ++t) {
+                Heuristic* heuristic = parallelizer->getHeuristic(t);
+                if (incoming.compare(*heuristic->getDag(), heuristic->getBestSolution()) > 0)
+                    heuristic->restartFrom(incoming);
+            }
+        } else if (toRankZero && me == 0) {
+            parallelizer->getHeuristic(0)->restartFrom(incoming);
+        }
+    }
+    if (stop) stopRequested = true;
+    return end;
 }
 
 void Quarrix::update(int i) {

@@ -12,6 +12,7 @@ class QXParam;
 class QXPhase;
 class QXSolution;
 class QXStatistics;
+class RankLink;
 class SolveGraphs;
 struct SearchParams;
 class ThreadEnv;
@@ -81,6 +82,12 @@ public:
     // Zeroes the global statistics and those of every phase.
     void clearStats();
 
+    // The other processes of a search spread over several (not owned; it
+    // must outlive the solves). Each searches with its own seed; they
+    // exchange their best solutions, end every phase together and sum
+    // their counters into the global statistics. Null: this process alone.
+    void setRankLink(RankLink* rankLink) { link = rankLink; }
+
 private:
     friend class QXModel;
     friend class QXParam;
@@ -95,6 +102,12 @@ private:
     // Threads, graphs and starting points of a solve.
     void createSolver(SolveGraphs& graphs, const SearchParams& params);
     void solvePhase(int i);
+    // The phase's search loop with other ranks: displays, exchanges, and
+    // the exchange that ends the phase on every rank.
+    void searchWithRanks(int i, bool byIterations);
+    // One exchange, with every local thread halted; true when the phase
+    // ends on every rank.
+    bool exchange(int i, bool ending);
     // Statistics of phase i and of the solve, and the best solution back
     // into the API solution; with every search thread paused or ended.
     void update(int i);
@@ -118,4 +131,15 @@ private:
     std::unique_ptr<Parallelizer> parallelizer;
     std::unique_ptr<QXSolution> solution;  // made when the model is closed
     std::unique_ptr<QXStatistics> statistics;
+
+    RankLink* link = nullptr;
+    // The exchange's advanced parameters, read at the start of a solve.
+    int exchangeSeconds = 0;
+    int exchangeIterations = 0;
+    int restartShare = 0;
+    // The other ranks' counters as of the last exchange, which the global
+    // statistics add to this rank's own.
+    struct Counters {
+        int64_t nbIterations = 0, nbMoves = 0, nbAccepted = 0, nbImprovements = 0, nbInfeasibles = 0;
+    } otherRanks;
 };

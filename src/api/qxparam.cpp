@@ -109,6 +109,8 @@ int QXParam::getAdvancedParam(const std::string& name, int defaultValue) const {
     return found == advancedParams.end() ? defaultValue : found->second;
 }
 
+void QXParam::checkAdvancedParams() const { searchParams(); }
+
 SearchParams QXParam::searchParams() const {
     SearchParams params;
     params.annealingLevel = annealingLevel;

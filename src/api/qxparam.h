@@ -40,6 +40,9 @@ public:
     void resizeObjectiveArrays(int nbObjectives);
 
     std::string toString() const;
+    // Raises the error that a solve would raise for an advanced parameter
+    // out of its range.
+    void checkAdvancedParams() const;
 
 private:
     friend class Quarrix;

@@ -147,6 +147,14 @@ void QXStatistics::updateGlobal() {
         nbImprovements = saturatedAdd(nbImprovements, other.nbImprovements);
         nbInfeasibles = saturatedAdd(nbInfeasibles, other.nbInfeasibles);
     }
+    // The other processes of a multi-process search, as of their last
+    // exchange (zero otherwise).
+    const Quarrix::Counters& others = solver->otherRanks;
+    nbIterations = saturatedAdd(nbIterations, others.nbIterations);
+    nbMoves = saturatedAdd(nbMoves, others.nbMoves);
+    nbAccepted = saturatedAdd(nbAccepted, others.nbAccepted);
+    nbImprovements = saturatedAdd(nbImprovements, others.nbImprovements);
+    nbInfeasibles = saturatedAdd(nbInfeasibles, others.nbInfeasibles);
 }
 
 std::string QXStatistics::getInfo() const {

@@ -14,6 +14,7 @@
 #include "api/qxphase.h"
 #include "api/qxsolution.h"
 #include "api/quarrix.h"
+#include "api/ranklink.h"
 #include "modeler/context.h"
 #include "modeler/mnode.h"
 #include "modeler/paramparser.h"
@@ -28,6 +29,9 @@
 namespace {
 
 const char* const UNIT = "src/modeler/launcher";
+
+// A failure that the ranks have agreed on and rank 0 has printed.
+struct RankFailure {};
 // The errors of the reserved-variable reading carry line numbers that users'
 // scripts match on (QXWhere::contractLine): fixed by contract, they are not
 // the raising calls' source lines.
@@ -79,7 +83,8 @@ int Launcher::run() {
         solver->getModel()->close();
         runSection(Section::param);
         runSolver();
-        runSection(Section::output);
+        stage = Stage::Finishing;
+        if (isLeader()) runSection(Section::output);
         // What was written must have reached its files and the standard
         // output; a full device or a closed output is an error, not a
         // silent loss.
@@ -87,28 +92,45 @@ int Launcher::run() {
         try {
             VFile::closeAllWriters();
         } catch (const QXException& e) {
-            showErrorMessage(e.getExplanation());
-            return 1;
+            return fail(errorText(e.getExplanation()));
         }
         std::cout.flush();
         if (!std::cout) {
-            showErrorMessage("Cannot write to the standard output: the device is full or the "
-                             "output is closed.");
-            return 1;
+            return fail(errorText("Cannot write to the standard output: the device is full or the "
+                                  "output is closed."));
         }
         return 0;
+    } catch (const RankFailure&) {
+        return 1;
     } catch (const QXException& e) {
-        showErrorMessage(context.get(), e.getExplanation());
+        return fail(errorText(context.get(), e.getExplanation()));
     } catch (const std::bad_alloc&) {
-        showErrorMessage(context.get(),
-                         "Out of memory: the program, its data or its model needs more memory "
-                         "than the system gives.");
+        return fail(errorText(context.get(),
+                              "Out of memory: the program, its data or its model needs more memory "
+                              "than the system gives."));
     } catch (const boost::thread_resource_error&) {
-        showErrorMessage("Cannot start a thread: the system refused it (too many threads, or "
-                         "not enough memory for their stacks; try a smaller qxNbThreads).");
+        return fail(errorText("Cannot start a thread: the system refused it (too many threads, or "
+                              "not enough memory for their stacks; try a smaller qxNbThreads)."));
     } catch (const std::exception& e) {
-        showErrorMessage(e.what());
+        return fail(errorText(e.what()));
     }
+}
+
+bool Launcher::isLeader() const { return link == nullptr || link->rank() == 0; }
+
+int Launcher::fail(const std::string& text) {
+    std::string shown = text;
+    if (link && stage == Stage::Preparing) {
+        // The others reach the agreement before their solve, or here.
+        stage = Stage::Finishing;
+        shown = link->firstFailure(text);
+        if (!isLeader()) return 1;
+    }
+    std::cout.flush();
+    std::cerr << shown;
+    std::cerr.flush();
+    // The other ranks wait for this one at their next exchange.
+    if (link && stage == Stage::Solving) link->abortAll(1);
     return 1;
 }
 
@@ -143,8 +165,23 @@ void Launcher::runSolver() {
 
     // Whatever the interpreter runs during the solve runs as the display section.
     context->setCurrentSection(Section::display);
+    if (link) {
+        // A refused advanced parameter fails here, on every rank alike,
+        // rather than inside the search.
+        solver->getParam()->checkAdvancedParams();
+        // Every rank is here or in fail(): whichever failed first is told
+        // by rank 0, and no rank searches.
+        stage = Stage::Finishing;
+        const std::string failure = link->firstFailure("");
+        if (!failure.empty()) {
+            if (isLeader()) std::cerr << failure;
+            throw RankFailure();
+        }
+        solver->setRankLink(link);
+        stage = Stage::Solving;
+    }
     if (verbosity > 0) std::cout << "Run solver..." << std::endl;
-    solver->setDisplayCallback(&Launcher::display, this);
+    solver->setDisplayCallback(isLeader() ? &Launcher::display : nullptr, this);
     solver->solve();
 
     // The output section must be able to tell a feasible result from an
@@ -293,15 +330,23 @@ void Launcher::display(void* data) {
     std::cout.flush();
 }
 
+std::string Launcher::errorText(const std::string& message) { return "Error: " + message + "\n\n"; }
+
+std::string Launcher::errorText(Context* context, const std::string& message) {
+    const MNode* node = context ? context->getInstructionPointer() : nullptr;
+    if (!node) return errorText(message);
+    return "Error [ file: " + node->getFileName() + " / line: " + std::to_string(node->getLine()) +
+           " ]: " + message + "\n\n";
+}
+
 void Launcher::showErrorMessage(const std::string& message) {
     std::cout.flush();
-    std::cerr << "Error: " << message << std::endl << std::endl;
+    std::cerr << errorText(message);
+    std::cerr.flush();
 }
 
 void Launcher::showErrorMessage(Context* context, const std::string& message) {
-    const MNode* node = context ? context->getInstructionPointer() : nullptr;
-    if (!node) return showErrorMessage(message);
     std::cout.flush();
-    std::cerr << "Error [ file: " << node->getFileName() << " / line: " << node->getLine()
-              << " ]: " << message << std::endl << std::endl;
+    std::cerr << errorText(context, message);
+    std::cerr.flush();
 }

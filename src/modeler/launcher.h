@@ -10,6 +10,7 @@
 class Context;
 class Program;
 class Quarrix;
+class RankLink;
 
 // Runs one program file: parses it, applies the command-line assignments,
 // then runs the sections around one solve in a fixed order:
@@ -47,9 +48,26 @@ public:
 
     Quarrix* getSolver() { return solver.get(); }
 
+    // A run as one of several processes (not owned): every rank runs the
+    // sections up to the solve and searches; rank 0 alone runs "display"
+    // and "output". An error before the solve, on any rank, ends every rank
+    // with the first failing rank's message printed by rank 0; an error
+    // during the solve ends every rank at once.
+    void setRankLink(RankLink* rankLink) { link = rankLink; }
+
 private:
+    bool isLeader() const;
+    // Prints `text` (a formatted error message) and gives the run's status,
+    // as the ranks agree on it when there are several.
+    int fail(const std::string& text);
+    static std::string errorText(const std::string& message);
+    static std::string errorText(Context* context, const std::string& message);
+
     std::vector<std::string> args;
     std::unique_ptr<Program> program;
     std::unique_ptr<Quarrix> solver;
     std::unique_ptr<Context> context;
+    RankLink* link = nullptr;
+    // Where the run is, for what an error means to the other ranks.
+    enum class Stage { Preparing, Solving, Finishing } stage = Stage::Preparing;
 };

@@ -7,6 +7,7 @@
 #include "api/qxexception.h"
 #include "api/qxexpression.h"
 #include "api/qxmodel.h"
+#include "api/qxsolution.h"
 
 #include <functional>
 #include <string>
@@ -76,3 +77,10 @@ struct ClosedSolver {
         model->close();
     }
 };
+
+// The values of these expressions in the solver's solution, in order.
+inline std::vector<int64_t> solutionValues(Quarrix& solver, const std::vector<QXExpression*>& expressions) {
+    std::vector<int64_t> values;
+    for (QXExpression* e : expressions) values.push_back(solver.getSolution()->getValue(e));
+    return values;
+}

@@ -47,11 +47,7 @@ struct KnapsackSolve {
         solver.setDisplayCallback(nullptr, nullptr);
     }
     int64_t value() { return solver.getSolution()->getValue(objective); }
-    std::vector<int64_t> decisions() {
-        std::vector<int64_t> v;
-        for (QXExpression* e : x) v.push_back(solver.getSolution()->getValue(e));
-        return v;
-    }
+    std::vector<int64_t> decisions() { return solutionValues(solver, x); }
 
     Quarrix solver;
     std::vector<QXExpression*> x;

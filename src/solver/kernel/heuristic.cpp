@@ -179,6 +179,13 @@ void Heuristic::updateBestSolution() {
     dag->saveSolutionIncrementally(bestSolution);
 }
 
+bool Heuristic::restartFrom(const Solution& start) {
+    if (!dag->loadSolution(start)) return false;
+    if (start.compare(*dag, bestSolution) > 0) updateBestSolution();
+    restarted();
+    return true;
+}
+
 bool Heuristic::isObjectiveImproved(unsigned int objective) const {
     unsigned int node = dag->getFixedFields().objectives()[objective];
     long long current = dag->newValue(node), committed = dag->currentValue(node);

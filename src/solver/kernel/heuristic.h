@@ -75,6 +75,11 @@ public:
     void nextIteration();
     void buildMovesArray();
     void updateBestSolution();
+    // Moves the search to `start` (a solution of the same model, with its
+    // objectives and violations), keeping the counters, the moves' rates and
+    // the generator; it becomes the best solution when it is better. With
+    // the thread paused. False when it cannot be evaluated (nothing changes).
+    bool restartFrom(const Solution& start);
 
     // Current (evaluated) against committed state.
     bool isObjectiveImproved(unsigned int objective) const;
@@ -108,6 +113,8 @@ protected:
     // the move could not be built).
     MoveExitCode applyMove(Move* move);
     void weighViolations(bool lowered);
+    // What a subclass keeps of the search's past, after restartFrom.
+    virtual void restarted() {}
 
     Dag* dag;
     std::vector<HeuristicCallback*> callbacks;

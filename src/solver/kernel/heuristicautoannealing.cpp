@@ -72,14 +72,20 @@ void HeuristicAutoAnnealing::iterate() {
         if (moveBuilt) ++nbIterationsWithoutImprovement;
         return;
     }
+    recordImprovement();
+    updateBestSolution();
+}
+
+void HeuristicAutoAnnealing::recordImprovement() {
     ++nbWindowImprovements;
     nbIterationsWithoutImprovement = 0;
     annealingEnabled = true;
     const DagFixedFields& fixed = dag->getFixedFields();
     for (unsigned int i = 0; i < objectiveWindows.size(); ++i)
         addObjective(dag->currentValue(fixed.objectives()[i]), static_cast<int>(i));
-    updateBestSolution();
 }
+
+void HeuristicAutoAnnealing::restarted() { recordImprovement(); }
 
 MoveExitCode HeuristicAutoAnnealing::decide(bool evaluated) {
     if (!evaluated) return MoveInfeasible;

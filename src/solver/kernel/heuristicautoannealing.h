@@ -36,7 +36,14 @@ public:
     bool isAnnealingEnabled() const { return annealingEnabled; }
     unsigned int getNbAcceptedDegradations() const { return nbAcceptedDegradations; }
 
+protected:
+    // The new point counts as the latest improvement: degradations are
+    // judged from it, not from the abandoned trajectory's values.
+    void restarted() override;
+
 private:
+    // The window's bookkeeping of an improvement at the current point.
+    void recordImprovement();
     unsigned int slot() const { return static_cast<unsigned int>(nbWindowImprovements % objectiveWindowSize); }
 
     Move* currentMove = nullptr;

@@ -64,6 +64,7 @@ void Parallelizer::start() {
         resetStates();
         nbRunning = static_cast<int>(heuristics.size());
         nbPaused = 0;
+        nbAtCheckpoint = 0;
     }
     for (unsigned int i = 0; i < heuristics.size(); ++i)
         threads.push_back(std::make_unique<boost::thread>([this, i] { startHeuristic(i); }));
@@ -92,10 +93,12 @@ void Parallelizer::stop() {
     stopHeuristics();
     // Paused threads must run again to see the stop.
     resume();
+    releaseCheckpoint();
     join();
 }
 
 void Parallelizer::iterate() {
+    if (checkpointPeriod != 0) checkpoint(heuristics[*threadIndex]);
     if (!attention.load(std::memory_order_acquire)) return;
     Heuristic* heuristic = heuristics[*threadIndex];
     bool pausing, ended;
@@ -124,6 +127,32 @@ void Parallelizer::iterate() {
     while (resumeGeneration == generation) resumeCondition.wait(lock);
 }
 
+void Parallelizer::checkpoint(Heuristic* heuristic) {
+    const unsigned long long n = heuristic->getNbIterations();
+    // The last iteration ends the run instead: the thread ends there.
+    if (n % checkpointPeriod != 0 || n >= heuristic->getIterationLimit()) return;
+    unsigned long long generation;
+    {
+        ExclusiveLock lock(stateLock);
+        // Equal effort: a thread that is to stop here does not wait first.
+        if (oneEnded && n >= firstEndedIterations) return;
+        ++nbAtCheckpoint;
+        generation = checkpointGeneration;
+        stateCondition.notify_all();
+    }
+    boost::unique_lock<boost::mutex> lock(pauseMutex);
+    while (checkpointGeneration == generation) resumeCondition.wait(lock);
+}
+
+void Parallelizer::releaseCheckpoint() {
+    ExclusiveLock lock(stateLock);
+    if (nbAtCheckpoint == 0) return;
+    nbAtCheckpoint = 0;
+    boost::lock_guard<boost::mutex> pauseLock(pauseMutex);
+    ++checkpointGeneration;
+    resumeCondition.notify_all();
+}
+
 void Parallelizer::heuristicEnded() {
     {
         ExclusiveLock lock(stateLock);
@@ -142,7 +171,7 @@ void Parallelizer::pause() {
     if (nbPaused == 0 && nbRunning > 0) {
         pauseRequested = true;
         attention.store(true, std::memory_order_release);
-        while (nbPaused < nbRunning) stateCondition.wait(lock);
+        while (nbHalted() < nbRunning) stateCondition.wait(lock);
     }
     // A pause also forgets the equal-effort state: after it the threads run
     // to their own limits again.
@@ -160,11 +189,24 @@ void Parallelizer::resume() {
 }
 
 bool Parallelizer::wait(unsigned int seconds) {
+    return waitUntil(std::chrono::steady_clock::now() + std::chrono::seconds(seconds)) == WaitEnded;
+}
+
+Parallelizer::WaitOutcome Parallelizer::waitUntil(std::chrono::steady_clock::time_point deadline) {
     ExclusiveLock lock(stateLock);
-    auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
-    while (nbRunning > 0)
-        if (stateCondition.wait_until(lock, deadline) == std::cv_status::timeout) break;
-    return nbRunning == 0;
+    for (;;) {
+        if (nbRunning == 0) return WaitEnded;
+        if (nbAtCheckpoint >= nbRunning) return WaitCheckpoint;
+        if (stateCondition.wait_until(lock, deadline) == std::cv_status::timeout) {
+            if (nbRunning == 0) return WaitEnded;
+            return nbAtCheckpoint >= nbRunning ? WaitCheckpoint : WaitTimedOut;
+        }
+    }
+}
+
+bool Parallelizer::someEnded() {
+    SharedLock lock(stateLock);
+    return isStarted() && nbRunning < static_cast<int>(heuristics.size());
 }
 
 ParallelizerState Parallelizer::getState() {
@@ -178,7 +220,7 @@ ParallelizerState Parallelizer::getState() {
 Heuristic* Parallelizer::getBestHeuristic() {
     ExclusiveLock lock(stateLock);
     if (heuristics.empty()) throw KernelException(SOURCE, __LINE__, "getBestHeuristic", "No heuristic to start");
-    if (nbRunning != 0 && nbPaused <= 0)
+    if (nbRunning != 0 && nbPaused <= 0 && nbAtCheckpoint < nbRunning)
         throw KernelException(SOURCE, __LINE__, "getBestHeuristic", "Solver must be paused or stopped to do this action");
     Heuristic* best = heuristics[0];
     // The reference starts at 0, not at heuristic 0's count: a tie with

@@ -9,6 +9,7 @@
 #include <boost/thread/tss.hpp>
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <memory>
 #include <vector>
@@ -49,7 +50,20 @@ public:
     // Waits until every thread has ended or `seconds` have passed on the
     // monotonic clock; true when the search has ended.
     bool wait(unsigned int seconds);
+    // Checkpoints: with a period p, each thread stops after every p-th
+    // iteration (short of its iteration limit) and waits there until
+    // releaseCheckpoint(), so that whatever the main thread does then
+    // happens at the same point of every thread's trajectory. 0: none.
+    // Set before start().
+    void setCheckpointPeriod(unsigned long long period) { checkpointPeriod = period; }
+    void releaseCheckpoint();
+    enum WaitOutcome { WaitEnded, WaitCheckpoint, WaitTimedOut };
+    // Waits until every thread has ended, every running thread waits at a
+    // checkpoint, or the deadline.
+    WaitOutcome waitUntil(std::chrono::steady_clock::time_point deadline);
     ParallelizerState getState();
+    // Whether some thread's run has ended (its limit, or its bounds).
+    bool someEnded();
     Heuristic* getBestHeuristic();
 
     void heuristicStarted() override {}
@@ -58,6 +72,9 @@ public:
 
 private:
     void startHeuristic(unsigned int i);
+    void checkpoint(Heuristic* heuristic);
+    // Threads that are not searching: paused, or waiting at a checkpoint.
+    int nbHalted() const { return nbPaused + nbAtCheckpoint; }
     bool isStarted() const { return !threads.empty(); }
 
     std::vector<Heuristic*> heuristics;
@@ -81,5 +98,9 @@ private:
     unsigned int firstEndedIterations = 0;
     // Bumped at each resume, so a paused thread knows its wake-up is real.
     unsigned long long resumeGeneration = 0;
+    unsigned long long checkpointPeriod = 0;
+    int nbAtCheckpoint = 0;
+    // Bumped at each release, as resumeGeneration is at each resume.
+    unsigned long long checkpointGeneration = 0;
     std::vector<std::unique_ptr<boost::thread>> threads;
 };

@@ -19,6 +19,9 @@ const AdvancedParamInfo ADVANCED_PARAMS[NB_ADVANCED_PARAMS] = {
     {"temperatureSweep", 0, 0, 100000, true, "with annealing: moves per decision in one cooling of a temperature that replaces the window; 0: the window"},
     {"violationWeightPeriod", 0, 0, 1000000000, true, "while infeasible, moves without progress before the violated constraints weigh more; 0: never"},
     {"wholePairsEnabled", 1, 0, 1, false, "1: a swap or balance pair sharing a boolean with an earlier pair of the move is left out"},
+    {"exchangePeriod", 3, 1, 3600, true, "several processes (mpirun): seconds between exchanges of the best solution"},
+    {"exchangeIterationPeriod", 0, 0, 2147483647, true, "several processes: iterations per thread between exchanges; 0: a tenth of an iteration limit without time limit, else by time"},
+    {"restartShare", 50, 0, 100, true, "several processes: percentage of the other processes that restart from the best solution at an exchange"},
 };
 
 SearchParams::SearchParams() {

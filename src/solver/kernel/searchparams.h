@@ -26,6 +26,9 @@ enum AdvancedParam : unsigned int {
     TemperatureSweep,
     ViolationWeightPeriod,
     WholePairsEnabled,
+    ExchangePeriod,
+    ExchangeIterationPeriod,
+    RestartShare,
     NB_ADVANCED_PARAMS
 };
 

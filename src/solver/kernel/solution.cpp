@@ -2,6 +2,7 @@
 
 #include "api/kernelexception.h"
 #include "solver/kernel/dag.h"
+#include "solver/kernel/portfolio.h"
 
 namespace {
 const char* const SOURCE = "src/solver/kernel/solution";
@@ -40,15 +41,8 @@ int Solution::compare(const Dag& dag, const Solution& other) const {
     if (objectiveValues.size() != nbObjectives || other.objectiveValues.size() != nbObjectives ||
         variableValues.size() != fixed.nbVariables() || other.variableValues.size() != fixed.nbVariables())
         throw KernelException(SOURCE, __LINE__, "compare", "Solutions have not the same structure.");
-    if (nbViolatedConstraints != other.nbViolatedConstraints)
-        return nbViolatedConstraints < other.nbViolatedConstraints ? 1 : -1;
-    for (std::size_t i = 0; i < nbObjectives; ++i) {
-        long long a = objectiveValues[i], b = other.objectiveValues[i];
-        if (a == b) continue;
-        bool greaterIsBetter = fixed.directions()[i] == Maximize;
-        return (a > b) == greaterIsBetter ? 1 : -1;
-    }
-    return 0;
+    return Portfolio::compareStandings(nbViolatedConstraints, objectiveValues, other.nbViolatedConstraints,
+                                       other.objectiveValues, fixed.directions());
 }
 
 void Solution::CommitListener::notifyCommit() {

@@ -157,3 +157,82 @@ TEST(ParallelizerTest, TiesKeepTheFirstHeuristicAndErrors) {
               search.h(0).getBestSolution().getObjectiveValues()[0]);
     EXPECT_EQ(search.parallelizer.getBestHeuristic(), &search.h(2));
 }
+
+namespace {
+std::vector<std::vector<long long>> bestVariables(ParallelSearch& search, unsigned int nbThreads) {
+    std::vector<std::vector<long long>> all;
+    for (unsigned int t = 0; t < nbThreads; ++t) all.push_back(search.h(t).getBestSolution().getVariableValues());
+    return all;
+}
+
+std::chrono::steady_clock::time_point inAMinute() {
+    return std::chrono::steady_clock::now() + std::chrono::minutes(1);
+}
+}  // namespace
+
+TEST(ParallelizerTest, CheckpointsHoldEveryThreadAtTheSameCountsWithoutChangingTheSearch) {
+    ParallelSearch plain(2);
+    for (unsigned int t = 0; t < 2; ++t) plain.h(t).setIterationLimit(1000);
+    plain.parallelizer.solve();
+
+    ParallelSearch held(2);
+    for (unsigned int t = 0; t < 2; ++t) held.h(t).setIterationLimit(1000);
+    held.parallelizer.setCheckpointPeriod(300);
+    held.parallelizer.start();
+    for (unsigned long long at : {300u, 600u, 900u}) {
+        ASSERT_EQ(held.parallelizer.waitUntil(inAMinute()), Parallelizer::WaitCheckpoint);
+        for (unsigned int t = 0; t < 2; ++t) EXPECT_EQ(held.h(t).getNbIterations(), at);
+        // Held threads count as paused: the best heuristic can be read, and
+        // a display's pause and resume leave them where they are.
+        EXPECT_NO_THROW(held.parallelizer.getBestHeuristic());
+        held.parallelizer.pause();
+        held.parallelizer.resume();
+        EXPECT_EQ(held.parallelizer.waitUntil(std::chrono::steady_clock::now() + std::chrono::milliseconds(20)),
+                  Parallelizer::WaitCheckpoint);
+        for (unsigned int t = 0; t < 2; ++t) EXPECT_EQ(held.h(t).getNbIterations(), at);
+        held.parallelizer.releaseCheckpoint();
+    }
+    // No checkpoint at the limit itself: the threads end there.
+    EXPECT_EQ(held.parallelizer.waitUntil(inAMinute()), Parallelizer::WaitEnded);
+    EXPECT_TRUE(held.parallelizer.someEnded());
+    held.parallelizer.join();
+    for (unsigned int t = 0; t < 2; ++t) EXPECT_EQ(held.h(t).getNbIterations(), 1000u);
+    EXPECT_EQ(bestVariables(held, 2), bestVariables(plain, 2));
+}
+
+TEST(ParallelizerTest, StopReleasesThreadsHeldAtACheckpoint) {
+    ParallelSearch search(2);
+    for (unsigned int t = 0; t < 2; ++t) search.h(t).setIterationLimit(100000);
+    search.parallelizer.setCheckpointPeriod(50);
+    search.parallelizer.start();
+    ASSERT_EQ(search.parallelizer.waitUntil(inAMinute()), Parallelizer::WaitCheckpoint);
+    EXPECT_FALSE(search.parallelizer.someEnded());
+    search.parallelizer.stop();
+    for (unsigned int t = 0; t < 2; ++t) EXPECT_EQ(search.h(t).getNbIterations(), 50u);
+}
+
+TEST(ParallelizerTest, RestartMovesASearchToABetterSolutionAndKeepsABetterBest) {
+    // Short descents: two seeds end at different costs.
+    ParallelSearch search(2, 0);
+    for (unsigned int t = 0; t < 2; ++t) search.h(t).setIterationLimit(60);
+    search.parallelizer.solve();
+    Heuristic* better = search.parallelizer.getBestHeuristic();
+    Heuristic* worse = better == &search.h(0) ? &search.h(1) : &search.h(0);
+    const Solution target = better->getBestSolution();
+    const Solution formerBest = worse->getBestSolution();
+    ASSERT_GT(target.compare(*better->getDag(), formerBest), 0) << "the two searches must differ";
+
+    EXPECT_TRUE(worse->restartFrom(target));
+    Solution now;
+    worse->getDag()->saveSolution(now);
+    EXPECT_EQ(now.getVariableValues(), target.getVariableValues());
+    EXPECT_EQ(worse->getBestSolution().getObjectiveValues(), target.getObjectiveValues());
+    EXPECT_EQ(worse->getBestSolution().getVariableValues(), target.getVariableValues());
+
+    // Moved to a worse point, a search keeps its best.
+    EXPECT_TRUE(better->restartFrom(formerBest));
+    better->getDag()->saveSolution(now);
+    EXPECT_EQ(now.getVariableValues(), formerBest.getVariableValues());
+    EXPECT_EQ(better->getBestSolution().getVariableValues(), target.getVariableValues());
+    EXPECT_EQ(better->getBestSolution().getObjectiveValues(), target.getObjectiveValues());
+}
