@@ -21,6 +21,8 @@ enum AdvancedParam : unsigned int {
     K2ForkPathEnabled,
     K3ForkPathEnabled,
     KReversalEnabled,
+    KGateCloseEnabled,
+    KGateOpenEnabled,
     KeptScoresEnabled,
     ViolationWeightPeriod,
     WholePairsEnabled,

@@ -23,6 +23,7 @@ AutonomousFixedFields::AutonomousFixedFields(const DagFixedFields& fixed)
     }
     initFreeBooleans();
     initMonoConstrainedBooleans();
+    gates = std::make_unique<GateLinks>(fixed, *this);
 }
 
 bool AutonomousFixedFields::isRootBool(const DagFixedFields& fixed, unsigned int node) {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "solver/move/gatelinks.h"
+
+#include <memory>
 #include <vector>
 
 class DagFixedFields;
@@ -119,6 +122,7 @@ public:
     unsigned int sequenceOf(unsigned int sum) const { return sequenceIndices[sum]; }
     unsigned int placeOf(unsigned int sum) const { return places[sum]; }
     unsigned int getNbBalanceNodes() const { return static_cast<unsigned int>(balanceNodes.size()); }
+    const GateLinks& getGates() const { return *gates; }
 
 private:
     void initRootSums();
@@ -152,4 +156,5 @@ private:
     std::vector<SumSequence> sequences;
     std::vector<unsigned int> sequenceIndices;
     std::vector<unsigned int> places;
+    std::unique_ptr<GateLinks> gates;
 };

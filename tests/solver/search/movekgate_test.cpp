@@ -1,0 +1,284 @@
+// Gates (booleans that gate others through "x <= g" or "sum <= C * g") and
+// the moves across them: which booleans are found to gate which, that every
+// built move keeps the links whole and evaluates as a from-scratch
+// evaluation does, and the moves' verdicts on small models where they are
+// forced.
+
+#include "solver/kernel/dag.h"
+#include "solver/kernel/quickrand.h"
+#include "solver/kernel/threadenv.h"
+#include "solver/move/autonomousfixedfields.h"
+#include "solver/move/autonomousstructure.h"
+#include "solver/move/movekgate.h"
+#include "../kernel/referenceevaluator.h"
+#include "gatedmodels.h"
+#include "searchmodels.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <string>
+
+using namespace GatedModels;
+
+namespace {
+
+const char* shapeName(Shape shape) {
+    return shape == Colouring ? "colouring" : shape == PMedian ? "p-median" : "bin packing";
+}
+
+std::vector<unsigned int> sorted(GateLinks::Span span) {
+    std::vector<unsigned int> out(span.begin(), span.end());
+    std::sort(out.begin(), out.end());
+    return out;
+}
+
+// The names and rates of the moves a thread builds for a model.
+std::map<std::string, unsigned int> movesOf(const GatedModel& model, const SearchParams& params) {
+    auto dag = model.g.makeDag(model.start);
+    AutonomousFixedFields fields(model.g.fixed);
+    ThreadEnv env(params, dag.get(), &fields, 1);
+    std::map<std::string, unsigned int> byName;
+    for (unsigned int m = 0; m < env.getHeuristic()->getNbMoves(); ++m)
+        byName[env.getHeuristic()->getMove(m)->getName()] = env.getHeuristic()->getMove(m)->getUtilRate();
+    return byName;
+}
+
+}  // namespace
+
+TEST(GateLinksTest, FindsTheGatesOfTextbookModelsEitherWayRound) {
+    for (Shape shape : {Colouring, PMedian, BinPacking})
+        for (bool reversed : {false, true}) {
+            SCOPED_TRACE(std::string(shapeName(shape)) + (reversed ? " reversed" : ""));
+            GatedModel model(shape, 5, 5, 3, reversed);
+            AutonomousFixedFields fields(model.g.fixed);
+            const GateLinks& gates = fields.getGates();
+            ASSERT_EQ(gates.size(), model.m);
+            for (unsigned int j = 0; j < model.m; ++j) {
+                unsigned int gate = gates.gateOf(model.rank(model.gates[j]));
+                ASSERT_LT(gate, gates.size());
+                EXPECT_EQ(gates.gateNode(gate), model.gates[j]);
+                std::vector<unsigned int> column;
+                for (unsigned int i = 0; i < model.n; ++i) column.push_back(model.x[i * model.m + j]);
+                EXPECT_EQ(sorted(gates.gated(gate)), column);
+                for (unsigned int i = 0; i < model.n; ++i)
+                    EXPECT_EQ(sorted(gates.gatesOf(model.rank(model.x[i * model.m + j]))),
+                              std::vector<unsigned int>{gate});
+                // Only the packing's loads are capacities, bounded by their
+                // bin's gate.
+                if (shape == BinPacking) {
+                    const GateLinks::Capacity* capacity = gates.capacityOf(fields.rootSumIndex(model.loads[j]));
+                    ASSERT_NE(capacity, nullptr);
+                    EXPECT_EQ(capacity->gate, gate);
+                    EXPECT_EQ(capacity->capacity, model.capacity);
+                }
+            }
+            for (unsigned int row : model.rows) EXPECT_EQ(gates.capacityOf(fields.rootSumIndex(row)), nullptr);
+            // A gate gates nothing else, and an item gates nothing.
+            EXPECT_EQ(gates.gatesOf(model.rank(model.gates[0])).size(), 0u);
+            EXPECT_EQ(gates.gateOf(model.rank(model.x[0])), 4294967295u);
+            EXPECT_TRUE(MoveKGate::isValid(fields));
+        }
+}
+
+TEST(GateLinksTest, FindsNoneWhereNoBooleanGatesOthers) {
+    SearchModels::Knapsack knapsack({3, 4, 5}, {4, 5, 6}, 8);
+    SearchModels::SetCover cover({{0, 1}, {1, 2}, {0, 2}}, 3);
+    // Max-cut: a weighted sum of xors, no constraint.
+    TestGraph cut;
+    std::vector<unsigned int> side;
+    for (int i = 0; i < 4; ++i) side.push_back(cut.boolean());
+    cut.objective(cut.add(ScalarSum, {cut.add(Xor, {side[0], side[1]}), cut.add(Xor, {side[1], side[2]}),
+                                      cut.add(Xor, {side[2], side[3]})},
+                          {3, 1, 2}),
+                  Maximize);
+    cut.close();
+    // Near misses: a boolean below a sum or a constant, strictly below a
+    // boolean, below a negative multiple, a doubled boolean below another,
+    // a row with a negative coefficient below a multiple, a row below a
+    // multiple of one of its own booleans.
+    TestGraph near;
+    std::vector<unsigned int> b;
+    for (int i = 0; i < 6; ++i) b.push_back(near.boolean());
+    near.constraint(near.add(Leq, {b[0], near.add(Sum, {b[1], b[2]})}));
+    near.constraint(near.add(Leq, {b[0], near.constant(1)}));
+    near.constraint(near.add(Lt, {b[1], b[2]}));
+    near.constraint(near.add(Leq, {b[1], near.scalar(-3, b[3])}));
+    near.constraint(near.add(Leq, {near.scalar(2, b[2]), b[3]}));
+    near.constraint(near.add(Leq, {near.add(ScalarSum, {b[0], b[1], b[2]}, {4, -2, 3}), near.scalar(9, b[4])}));
+    near.constraint(near.add(Leq, {near.add(ScalarSum, {b[3], b[4], b[5]}, {4, 2, 3}), near.scalar(9, b[5])}));
+    near.objective(near.add(Sum, b));
+    near.close();
+    for (const DagFixedFields* fixed : {&knapsack.g.fixed, &cover.g.fixed, &cut.fixed, &near.fixed}) {
+        AutonomousFixedFields fields(*fixed);
+        EXPECT_EQ(fields.getGates().size(), 0u);
+        for (unsigned int s = 0; s < fields.getNbRootSums(); ++s) EXPECT_EQ(fields.getGates().capacityOf(s), nullptr);
+        EXPECT_FALSE(MoveKGate::isValid(fields));
+        // No gate move in the thread's lottery.
+        auto dag = std::make_unique<Dag>(*fixed);
+        dag->init();
+        ThreadEnv env(SearchParams(), dag.get(), &fields, 1);
+        for (unsigned int m = 0; m < env.getHeuristic()->getNbMoves(); ++m)
+            EXPECT_EQ(env.getHeuristic()->getMove(m)->getName().find("Gate"), std::string::npos);
+    }
+}
+
+TEST(MoveKGateTest, EachKindHasItsSwitchAndWeight) {
+    GatedModel model(Colouring, 4, 4, 1);
+    SearchParams params;
+    std::map<std::string, unsigned int> both = movesOf(model, params);
+    EXPECT_EQ(both["1-GateClose"], MoveWeights::GATE_WEIGHT);
+    EXPECT_EQ(both["1-GateOpen"], MoveWeights::GATE_WEIGHT);
+    params.set(KGateCloseEnabled, 0);
+    std::map<std::string, unsigned int> openOnly = movesOf(model, params);
+    EXPECT_EQ(openOnly.count("1-GateClose"), 0u);
+    EXPECT_EQ(openOnly.count("1-GateOpen"), 1u);
+    params.set(KGateOpenEnabled, 0);
+    std::map<std::string, unsigned int> none = movesOf(model, params);
+    EXPECT_EQ(none.count("1-GateOpen"), 0u);
+    // The other moves are the same either way.
+    both.erase("1-GateClose");
+    both.erase("1-GateOpen");
+    EXPECT_EQ(both, none);
+}
+
+// From a feasible start, every move built keeps each row, link, capacity
+// and conflict (it is refused rather than built otherwise), the graph's
+// evaluation agrees with a from-scratch one, and random commits walk on.
+TEST(MoveKGateTest, EveryBuiltMoveKeepsTheLinksWholeAndEvaluatesExactly) {
+    for (Shape shape : {Colouring, PMedian, BinPacking})
+        for (MoveKGate::Kind kind : {MoveKGate::Close, MoveKGate::Open})
+            for (unsigned int seed = 1; seed <= 3; ++seed) {
+                SCOPED_TRACE(std::string(shapeName(shape)) + (kind == MoveKGate::Close ? " close" : " open") +
+                             " seed " + std::to_string(seed));
+                GatedModel model(shape, 8, shape == PMedian ? 9 : 8, seed, seed == 2);
+                auto dag = model.g.makeDag(model.start);
+                const DagFixedFields& fixed = model.g.fixed;
+                AutonomousFixedFields fields(fixed);
+                AutonomousStructure structure(*dag, fields);
+                Quickrand rand(seed);
+                MoveKGate move(*dag, rand, structure, kind, 1, 50);
+                EXPECT_EQ(move.getName(), kind == MoveKGate::Close ? "1-GateClose" : "1-GateOpen");
+                std::vector<long long> values(fixed.nbNodes(), 0);
+                unsigned int built = 0, committed = 0, gateChanges = 0;
+                for (int i = 0; i < 400; ++i) {
+                    if (!move.modify()) {
+                        move.update(MoveInfeasible);
+                        continue;
+                    }
+                    ++built;
+                    ASSERT_FALSE(dag->getPropagation().getModifiedVariables().empty());
+                    for (unsigned int node : fixed.variables()) values[node] = dag->newValue(node);
+                    ASSERT_TRUE(model.holds(values));
+                    for (unsigned int gate : model.gates) gateChanges += values[gate] != dag->currentValue(gate);
+                    ASSERT_TRUE(move.eval());
+                    ReferenceEvaluator::evaluate(fixed, values);
+                    for (unsigned int node = 0; node < fixed.nbNodes(); ++node) ASSERT_EQ(dag->newValue(node), values[node]);
+                    bool commit = rand.nextInt(2) == 0;
+                    committed += commit;
+                    move.update(commit ? MoveAccepted : MoveRejected);
+                }
+                EXPECT_EQ(move.getNbAttempted(), 400u);
+                EXPECT_EQ(move.getNbInfeasibles(), 400u - built);
+                // Opening alone gains nothing where the objective counts the
+                // gates: only the p-median, whose open gates are fixed in
+                // number, moves a gate by opening one. Closes run out as
+                // the committed ones pack the items into fewer gates.
+                if (kind == MoveKGate::Close || shape == PMedian) {
+                    EXPECT_GT(built, 3u);
+                    EXPECT_GT(committed, 0u);
+                    EXPECT_GT(gateChanges, 0u);
+                } else {
+                    EXPECT_EQ(built, 0u);
+                }
+            }
+}
+
+// Bins of capacity 10 holding {7, 2}, {6, 2} and {1}: closing the third
+// puts its item in the fullest bin where it fits, the first (room 1
+// against 2). Any close built keeps every bin within its capacity.
+TEST(MoveKGateTest, ClosingABinPutsItsItemsWhereTheyFitBest) {
+    TestGraph g;
+    const unsigned int n = 5, m = 3;
+    const std::vector<long long> sizes = {7, 2, 6, 2, 1};
+    const unsigned int binOf[n] = {0, 0, 1, 1, 2};
+    std::vector<unsigned int> x, used, loads;
+    for (unsigned int i = 0; i < n * m; ++i) x.push_back(g.boolean());
+    for (unsigned int j = 0; j < m; ++j) used.push_back(g.boolean());
+    for (unsigned int i = 0; i < n; ++i)
+        g.constraint(g.add(Eq, {g.add(BooleanSum, {x[i * m], x[i * m + 1], x[i * m + 2]}), g.constant(1)}));
+    for (unsigned int j = 0; j < m; ++j) {
+        std::vector<unsigned int> column;
+        for (unsigned int i = 0; i < n; ++i) column.push_back(x[i * m + j]);
+        loads.push_back(g.add(ScalarSum, column, sizes));
+        g.constraint(g.add(Leq, {loads.back(), g.scalar(10, used[j])}));
+    }
+    g.objective(g.add(Sum, used));
+    g.close();
+    std::vector<long long> start(g.fixed.nbVariables(), 0);
+    for (unsigned int i = 0; i < n; ++i) start[g.fixed.variableIndex(x[i * m + binOf[i]])] = 1;
+    for (unsigned int j = 0; j < m; ++j) start[g.fixed.variableIndex(used[j])] = 1;
+    auto dag = g.makeDag(start);
+    AutonomousFixedFields fields(g.fixed);
+    AutonomousStructure structure(*dag, fields);
+    Quickrand rand(7);
+    MoveKGate close(*dag, rand, structure, MoveKGate::Close, 1, 0);
+    unsigned int closedThird = 0;
+    for (int attempt = 0; attempt < 60; ++attempt) {
+        if (!close.modify()) {
+            close.update(MoveInfeasible);
+            continue;
+        }
+        ASSERT_TRUE(close.eval());
+        EXPECT_EQ(dag->newValue(g.fixed.objectives()[0]), 2);
+        for (unsigned int j = 0; j < m; ++j) EXPECT_LE(dag->newValue(loads[j]), 10 * dag->newValue(used[j]));
+        if (dag->newValue(used[2]) == 0) {
+            ++closedThird;
+            EXPECT_EQ(dag->newValue(x[4 * m + 0]), 1);
+            EXPECT_EQ(dag->newValue(x[4 * m + 1]), 0);
+            EXPECT_EQ(dag->getPropagation().getModifiedVariables().size(), 3u);
+        }
+        close.update(MoveRejected);
+    }
+    EXPECT_GT(closedThird, 5u);
+}
+
+// One median among two sites, the open one farther from every client:
+// opening the other must close the first and move every client over, and
+// closing the first must open the other: either way the cost is the other
+// site's, in one move.
+TEST(MoveKGateTest, AMedianMovesWithAllItServes) {
+    TestGraph g;
+    const unsigned int n = 3, m = 2;
+    const std::vector<long long> costs = {9, 2, 8, 3, 7, 4};
+    std::vector<unsigned int> x, open;
+    for (unsigned int i = 0; i < n * m; ++i) x.push_back(g.boolean());
+    for (unsigned int j = 0; j < m; ++j) open.push_back(g.boolean());
+    for (unsigned int i = 0; i < n; ++i) {
+        g.constraint(g.add(Eq, {g.add(BooleanSum, {x[i * m], x[i * m + 1]}), g.constant(1)}));
+        for (unsigned int j = 0; j < m; ++j) g.constraint(g.add(Leq, {x[i * m + j], open[j]}));
+    }
+    g.constraint(g.add(Eq, {g.add(BooleanSum, open), g.constant(1)}));
+    g.objective(g.add(ScalarSum, x, costs));
+    g.close();
+    std::vector<long long> start(g.fixed.nbVariables(), 0);
+    for (unsigned int i = 0; i < n; ++i) start[g.fixed.variableIndex(x[i * m])] = 1;
+    start[g.fixed.variableIndex(open[0])] = 1;
+    for (MoveKGate::Kind kind : {MoveKGate::Open, MoveKGate::Close}) {
+        auto dag = g.makeDag(start);
+        AutonomousFixedFields fields(g.fixed);
+        AutonomousStructure structure(*dag, fields);
+        Quickrand rand(3);
+        MoveKGate move(*dag, rand, structure, kind, 1, 50);
+        ASSERT_TRUE(move.modify());
+        ASSERT_TRUE(move.eval());
+        EXPECT_EQ(dag->newValue(open[0]), 0);
+        EXPECT_EQ(dag->newValue(open[1]), 1);
+        for (unsigned int i = 0; i < n; ++i) EXPECT_EQ(dag->newValue(x[i * m + 1]), 1);
+        EXPECT_EQ(dag->newValue(g.fixed.objectives()[0]), 2 + 3 + 4);
+        move.update(MoveImproved);
+        EXPECT_EQ(dag->currentValue(g.fixed.objectives()[0]), 9);
+    }
+}
