@@ -123,6 +123,9 @@ public:
     unsigned int placeOf(unsigned int sum) const { return places[sum]; }
     unsigned int getNbBalanceNodes() const { return static_cast<unsigned int>(balanceNodes.size()); }
     const GateLinks& getGates() const { return *gates; }
+    // A constraint lies at or above the node: it does not only feed
+    // objectives.
+    bool isUnderConstraint(unsigned int node) const { return underConstraint[node] != 0; }
 
 private:
     void initRootSums();
@@ -145,6 +148,7 @@ private:
     const DagFixedFields& fixed;
     std::vector<RootBool> rootBools;
     std::vector<RootSum> rootSums;
+    std::vector<char> underConstraint;
     std::vector<SumRange> ranges;
     std::vector<signed char> objectiveSigns;
     unsigned int nbObjectiveSums = 0;

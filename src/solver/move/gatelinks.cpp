@@ -18,6 +18,12 @@ unsigned int GateLinks::gateBoolean(const DagFixedFields& fixed, unsigned int no
     return NONE;
 }
 
+bool GateLinks::isPlaced(const AutonomousFixedFields& sums, const DagFixedFields& fixed, unsigned int boolean) {
+    for (const RootBool::Entry& entry : sums.getRootBool(fixed.variableIndex(boolean)).constrainedEntries())
+        if (entry.coefficient > 0 && sums.getRange(entry.sum).ranged && sums.getRange(entry.sum).lowest > 0) return true;
+    return false;
+}
+
 GateLinks::GateLinks(const DagFixedFields& fixed, const AutonomousFixedFields& sums)
     : gateIndices(fixed.nbBooleans(), NONE), capacityIndices(sums.getNbRootSums(), NONE) {
     // (gate, gated) pairs from the constraints "x <= g" and "sum <= C * g",
@@ -46,6 +52,20 @@ GateLinks::GateLinks(const DagFixedFields& fixed, const AutonomousFixedFields& s
         rows.push_back({sum, {gate, factor}});
         for (unsigned int boolean : row.booleans) links.emplace_back(gate, boolean);
     }
+    // A max (an or) over booleans that only feeds objectives is a gate of
+    // its own, open while some of them is 1: the "colour used" of a model
+    // that counts max(x[0][c], ..., x[n-1][c]). Only over booleans that
+    // an assignment's rows must place, the ones a close can re-place.
+    for (unsigned int node = 0; node < fixed.nbNodes(); ++node) {
+        if ((fixed.type(node) != Max && fixed.type(node) != Or) || fixed.nbChilds(node) < 2 ||
+            sums.isUnderConstraint(node))
+            continue;
+        bool group = true;
+        for (unsigned int i = 0; i < fixed.nbChilds(node) && group; ++i)
+            group = fixed.type(fixed.child(node, i)) == Boolean && isPlaced(sums, fixed, fixed.child(node, i));
+        if (!group) continue;
+        for (unsigned int i = 0; i < fixed.nbChilds(node); ++i) links.emplace_back(node, fixed.child(node, i));
+    }
     std::sort(links.begin(), links.end());
     links.erase(std::unique(links.begin(), links.end()), links.end());
     // Gates in node order, each with its gated booleans in node order.
@@ -54,8 +74,10 @@ GateLinks::GateLinks(const DagFixedFields& fixed, const AutonomousFixedFields& s
     for (std::size_t i = 0; i < links.size(); ++i) {
         if (i == 0 || links[i].first != links[i - 1].first) {
             if (i != 0) gatedOffsets.push_back(static_cast<unsigned int>(gatedNodes.size()));
-            gateIndices[fixed.variableIndex(links[i].first)] = static_cast<unsigned int>(gateNodes.size());
+            bool group = fixed.type(links[i].first) != Boolean;
+            if (!group) gateIndices[fixed.variableIndex(links[i].first)] = static_cast<unsigned int>(gateNodes.size());
             gateNodes.push_back(links[i].first);
+            groups.push_back(group);
         }
         gatedNodes.push_back(links[i].second);
         ++counts[fixed.variableIndex(links[i].second) + 1];

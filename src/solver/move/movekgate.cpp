@@ -31,6 +31,8 @@ const RootBool& MoveKGate::rootBoolOf(unsigned int boolean) const {
     return fixedFields.getRootBool(dag.getFixedFields().variableIndex(boolean));
 }
 
+bool MoveKGate::isFeasible() const { return dag.getPropagation().getActiveConstraints().sizeOut() == 0; }
+
 unsigned int MoveKGate::drawGate(bool open) {
     // Targeted, a gate to close is the one that holds the fewest of a few
     // drawn: the emptiest bin or site, the smallest colour class, whose
@@ -77,9 +79,14 @@ long long MoveKGate::excessChange(const RootBool::Entry& entry, long long delta)
 }
 
 long long MoveKGate::roomLeft(const RootBool::Entry& entry, long long delta) const {
-    const GateLinks::Capacity* capacity = gates.capacityOf(entry.sum);
-    if (capacity == nullptr) return 0;
-    __int128 limit = static_cast<__int128>(capacity->capacity) * dag.newValue(gates.gateNode(capacity->gate));
+    __int128 limit = 0;
+    if (const GateLinks::Capacity* capacity = gates.capacityOf(entry.sum)) {
+        limit = static_cast<__int128>(capacity->capacity) * dag.newValue(gates.gateNode(capacity->gate));
+    } else {
+        const SumRange& range = fixedFields.getRange(entry.sum);
+        if (!range.ranged || !range.followsBooleans || range.highest == MAX_LL) return 0;
+        limit = range.highest;
+    }
     __int128 value = static_cast<__int128>(dag.currentValue(fixedFields.getRootSums()[entry.sum].node)) +
                      shifts[entry.sum] + delta;
     return clamp(std::max<__int128>(0, limit - value));
@@ -92,9 +99,16 @@ long long MoveKGate::gainOf(const RootBool& rootBool) const {
     return clamp(gain);
 }
 
+bool MoveKGate::isOpen(unsigned int gate) const {
+    if (!gates.isGroup(gate)) return dag.newValue(gates.gateNode(gate)) != 0;
+    // A group's node is evaluated only later: open as committed, but for
+    // the group the move empties or fills.
+    return gate == openedGroup || (gate != closedGroup && dag.currentValue(gates.gateNode(gate)) != 0);
+}
+
 bool MoveKGate::gatesOpen(unsigned int booleanRank) const {
     for (unsigned int gate : gates.gatesOf(booleanRank))
-        if (dag.newValue(gates.gateNode(gate)) == 0) return false;
+        if (!isOpen(gate)) return false;
     return true;
 }
 
@@ -228,8 +242,16 @@ bool MoveKGate::modify() {
     shifts.clear();
     partners.clear();
     const bool closing = kind == Close;
+    closedGroup = openedGroup = KernelConstants::NO_NODE;
     unsigned int gate = drawGate(closing);
     if (gate == KernelConstants::NO_NODE) return false;
+    if (gates.isGroup(gate)) {
+        // No boolean of its own, so nothing to balance either.
+        (closing ? closedGroup : openedGroup) = gate;
+        bool built = closing ? empty(gate) : takeOver(gate) > 0;
+        shifts.clear();
+        return built || (closing && !isFeasible());
+    }
     set(gates.gateNode(gate), closing ? 0 : 1);
     // Every gate flips before anything is re-placed, so that the choices
     // see which gates stay open.
@@ -252,6 +274,5 @@ bool MoveKGate::modify() {
     shifts.clear();
     // While every constraint is hard, a short or overfilled sum would only
     // be refused by the evaluation.
-    const bool feasible = dag.getPropagation().getActiveConstraints().sizeOut() == 0;
-    return useful && (whole || !feasible);
+    return useful && (whole || !isFeasible());
 }

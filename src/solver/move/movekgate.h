@@ -52,11 +52,16 @@ private:
     // shifted by `delta` now, negative when it gets nearer.
     long long excessChange(const RootBool::Entry& entry, long long delta) const;
     // The room that a shift by `delta` leaves under the capacity of the
-    // sum of `entry`; 0 for a sum without one.
+    // sum of `entry` (its gate's, or the constant its range ends at); 0 for
+    // a sum without one.
     long long roomLeft(const RootBool::Entry& entry, long long delta) const;
     // What the boolean's flip from 0 to 1 gains on the objective sums.
     long long gainOf(const RootBool& rootBool) const;
+    // Whether the gate is open in the move.
+    bool isOpen(unsigned int gate) const;
     bool gatesOpen(unsigned int booleanRank) const;
+    // Every constraint is hard: a move that breaks one would be refused.
+    bool isFeasible() const;
     const RootBool& rootBoolOf(unsigned int boolean) const;
 
     Kind kind;
@@ -65,4 +70,6 @@ private:
     SumShifts& shifts;
     // Gates flipped to balance the first one's sums.
     std::vector<unsigned int> partners;
+    // The group gate the move empties or fills, NO_NODE if none.
+    unsigned int closedGroup = 0, openedGroup = 0;
 };

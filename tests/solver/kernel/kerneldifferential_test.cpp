@@ -565,8 +565,8 @@ TEST(SearchDifferentialTest, DescentAndAnnealingKeepTheGraphExact) {
     EXPECT_GT(counts["degradations"].second, 0u);
 }
 
-// Textbook models with gates (colouring, p-median, bin packing, either way
-// round), from a feasible start, a greedy one or all 0: the gate moves
+// Textbook models with gates (colouring, p-median, bin packing, their
+// links either way round or their gates as maxima), from a feasible start, a greedy one or all 0: the gate moves
 // keep the graph exact too, and are tried and taken.
 TEST(SearchDifferentialTest, GateMovesKeepTheGraphExact) {
     using namespace GatedModels;
@@ -574,7 +574,7 @@ TEST(SearchDifferentialTest, GateMovesKeepTheGraphExact) {
     const Range any{-(static_cast<__int128>(1) << 62), static_cast<__int128>(1) << 62};
     for (unsigned int seed = 1; seed <= 12 && !::testing::Test::HasFatalFailure(); ++seed) {
         Shape shape = static_cast<Shape>(seed % 3);
-        GatedModel model(shape, 6 + seed % 4, shape == PMedian ? 12 : 10, seed, seed % 2 == 0);
+        GatedModel model(shape, 6 + seed % 4, shape == PMedian ? 12 : 10, seed, static_cast<Form>(seed / 3 % 3));
         std::vector<Range> ranges(model.g.fixed.nbNodes(), any);
         for (int level : {0, 3}) {
             SCOPED_TRACE("gated seed " + std::to_string(seed) + " annealing level " + std::to_string(level));

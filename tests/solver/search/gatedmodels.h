@@ -15,18 +15,24 @@
 // - PMedian: links, exactly p gates at 1, minimise sum cost[i][j] x[i][j].
 // - BinPacking: capacity rows sum size[i] x[i][j] <= C * gate[j], minimise
 //   the gates at 1.
-// `reversed` writes every gate constraint the other way round (gate >= x).
+// Reversed writes every gate constraint the other way round (gate >= x);
+// Grouped has no gate booleans: a place is open while the max of its
+// column is 1 (the objective counts those maxima; the packing's capacities
+// are constants), and `gates` holds the max nodes.
 namespace GatedModels {
 
 enum Shape { Colouring, PMedian, BinPacking };
+enum Form { Linked, Reversed, Grouped };
 
 struct GatedModel {
-    GatedModel(Shape shape, unsigned int n, unsigned int m, unsigned int seed, bool reversed = false)
-        : shape(shape), n(n), m(m) {
+    GatedModel(Shape shape, unsigned int n, unsigned int m, unsigned int seed, Form form = Linked)
+        : shape(shape), form(form), n(n), m(m) {
+        const bool reversed = form == Reversed, grouped = form == Grouped && shape != PMedian;
         std::mt19937 random(seed);
         auto pick = [&](int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); };
         for (unsigned int i = 0; i < n * m; ++i) x.push_back(g.boolean());
-        for (unsigned int j = 0; j < m; ++j) gates.push_back(g.boolean());
+        if (!grouped)
+            for (unsigned int j = 0; j < m; ++j) gates.push_back(g.boolean());
         unsigned int one = g.constant(1);
         for (unsigned int i = 0; i < n; ++i) {
             std::vector<unsigned int> row(x.begin() + i * m, x.begin() + (i + 1) * m);
@@ -43,9 +49,9 @@ struct GatedModel {
                 std::vector<unsigned int> column;
                 for (unsigned int i = 0; i < n; ++i) column.push_back(x[i * m + j]);
                 loads.push_back(g.add(ScalarSum, column, sizes));
-                atMost(loads.back(), g.scalar(capacity, gates[j]));
+                atMost(loads.back(), grouped ? g.constant(capacity) : g.scalar(capacity, gates[j]));
             }
-        } else {
+        } else if (!grouped) {
             for (unsigned int i = 0; i < n; ++i)
                 for (unsigned int j = 0; j < m; ++j) atMost(x[i * m + j], gates[j]);
         }
@@ -63,6 +69,12 @@ struct GatedModel {
             for (unsigned int i = 0; i < n * m; ++i) costs.push_back(pick(1, 50));
             g.objective(g.add(ScalarSum, x, costs), Minimize);
         } else {
+            if (grouped)
+                for (unsigned int j = 0; j < m; ++j) {
+                    std::vector<unsigned int> column;
+                    for (unsigned int i = 0; i < n; ++i) column.push_back(x[i * m + j]);
+                    gates.push_back(g.add(Max, column));
+                }
             g.objective(g.add(Sum, gates), Minimize);
         }
         g.close();
@@ -75,7 +87,7 @@ struct GatedModel {
                 for (unsigned int k = 1; k < p; ++k)
                     if (costs[i * m + k] < costs[i * m + j]) j = k;
             set(x[i * m + j], 1);
-            set(gates[j], 1);
+            if (!grouped) set(gates[j], 1);
         }
         if (shape == PMedian)
             for (unsigned int k = 0; k < p; ++k) set(gates[k], 1);
@@ -89,14 +101,16 @@ struct GatedModel {
     bool holds(const std::vector<long long>& v) const {
         unsigned int open = 0;
         for (unsigned int j = 0; j < m; ++j) {
-            open += v[gates[j]] != 0;
+            // A group's max is not a decision: its column is always allowed.
+            long long gate = form == Grouped && shape != PMedian ? 1 : v[gates[j]];
+            open += gate != 0;
             long long load = 0;
             for (unsigned int i = 0; i < n; ++i) {
                 long long in = v[x[i * m + j]];
-                if (in > v[gates[j]]) return false;
+                if (in > gate) return false;
                 if (shape == BinPacking) load += in * sizes[i];
             }
-            if (load > capacity * v[gates[j]]) return false;
+            if (load > capacity * gate) return false;
             for (const auto& e : edges)
                 if (v[x[e.first * m + j]] + v[x[e.second * m + j]] > 1) return false;
         }
@@ -109,6 +123,7 @@ struct GatedModel {
     }
 
     Shape shape;
+    Form form;
     unsigned int n, m, p = 0;
     long long capacity = 0;
     TestGraph g;

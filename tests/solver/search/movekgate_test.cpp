@@ -48,36 +48,43 @@ std::map<std::string, unsigned int> movesOf(const GatedModel& model, const Searc
 
 }  // namespace
 
-TEST(GateLinksTest, FindsTheGatesOfTextbookModelsEitherWayRound) {
+TEST(GateLinksTest, FindsTheGatesOfTextbookModelsInEachForm) {
     for (Shape shape : {Colouring, PMedian, BinPacking})
-        for (bool reversed : {false, true}) {
-            SCOPED_TRACE(std::string(shapeName(shape)) + (reversed ? " reversed" : ""));
-            GatedModel model(shape, 5, 5, 3, reversed);
+        for (Form form : {Linked, Reversed, Grouped}) {
+            if (shape == PMedian && form == Grouped) continue;
+            SCOPED_TRACE(std::string(shapeName(shape)) + " form " + std::to_string(form));
+            GatedModel model(shape, 5, 5, 3, form);
             AutonomousFixedFields fields(model.g.fixed);
             const GateLinks& gates = fields.getGates();
             ASSERT_EQ(gates.size(), model.m);
             for (unsigned int j = 0; j < model.m; ++j) {
-                unsigned int gate = gates.gateOf(model.rank(model.gates[j]));
+                unsigned int gate = 0;
+                while (gate < gates.size() && gates.gateNode(gate) != model.gates[j]) ++gate;
                 ASSERT_LT(gate, gates.size());
-                EXPECT_EQ(gates.gateNode(gate), model.gates[j]);
+                EXPECT_EQ(gates.isGroup(gate), form == Grouped);
+                if (form != Grouped) {
+                    EXPECT_EQ(gates.gateOf(model.rank(model.gates[j])), gate);
+                }
                 std::vector<unsigned int> column;
                 for (unsigned int i = 0; i < model.n; ++i) column.push_back(model.x[i * model.m + j]);
                 EXPECT_EQ(sorted(gates.gated(gate)), column);
                 for (unsigned int i = 0; i < model.n; ++i)
                     EXPECT_EQ(sorted(gates.gatesOf(model.rank(model.x[i * model.m + j]))),
                               std::vector<unsigned int>{gate});
-                // Only the packing's loads are capacities, bounded by their
-                // bin's gate.
-                if (shape == BinPacking) {
-                    const GateLinks::Capacity* capacity = gates.capacityOf(fields.rootSumIndex(model.loads[j]));
+                // Only the packing's loads bounded by their bin's boolean
+                // are capacities of a gate.
+                unsigned int sum = fields.rootSumIndex(model.loads.empty() ? model.rows[j] : model.loads[j]);
+                const GateLinks::Capacity* capacity = gates.capacityOf(sum);
+                if (shape == BinPacking && form != Grouped) {
                     ASSERT_NE(capacity, nullptr);
                     EXPECT_EQ(capacity->gate, gate);
                     EXPECT_EQ(capacity->capacity, model.capacity);
+                } else {
+                    EXPECT_EQ(capacity, nullptr);
                 }
             }
             for (unsigned int row : model.rows) EXPECT_EQ(gates.capacityOf(fields.rootSumIndex(row)), nullptr);
-            // A gate gates nothing else, and an item gates nothing.
-            EXPECT_EQ(gates.gatesOf(model.rank(model.gates[0])).size(), 0u);
+            // An item gates nothing.
             EXPECT_EQ(gates.gateOf(model.rank(model.x[0])), 4294967295u);
             EXPECT_TRUE(MoveKGate::isValid(fields));
         }
@@ -98,7 +105,7 @@ TEST(GateLinksTest, FindsNoneWhereNoBooleanGatesOthers) {
     // Near misses: a boolean below a sum or a constant, strictly below a
     // boolean, below a negative multiple, a doubled boolean below another,
     // a row with a negative coefficient below a multiple, a row below a
-    // multiple of one of its own booleans.
+    // multiple of one of its own booleans; maxima that are not groups.
     TestGraph near;
     std::vector<unsigned int> b;
     for (int i = 0; i < 6; ++i) b.push_back(near.boolean());
@@ -109,7 +116,12 @@ TEST(GateLinksTest, FindsNoneWhereNoBooleanGatesOthers) {
     near.constraint(near.add(Leq, {near.scalar(2, b[2]), b[3]}));
     near.constraint(near.add(Leq, {near.add(ScalarSum, {b[0], b[1], b[2]}, {4, -2, 3}), near.scalar(9, b[4])}));
     near.constraint(near.add(Leq, {near.add(ScalarSum, {b[3], b[4], b[5]}, {4, 2, 3}), near.scalar(9, b[5])}));
-    near.objective(near.add(Sum, b));
+    // Maxima of booleans that no row places, and one under a constraint.
+    near.objective(near.add(Sum, {near.add(Max, {b[0], b[1]}), near.add(Or, {b[2], b[3]}), b[4], b[5]}));
+    std::vector<unsigned int> r;
+    for (int i = 0; i < 4; ++i) r.push_back(near.boolean());
+    near.constraint(near.add(Eq, {near.add(BooleanSum, r), near.constant(1)}));
+    near.constraint(near.add(Leq, {near.add(Max, {r[0], r[1]}), near.add(Max, {r[2], r[3]})}));
     near.close();
     for (const DagFixedFields* fixed : {&knapsack.g.fixed, &cover.g.fixed, &cut.fixed, &near.fixed}) {
         AutonomousFixedFields fields(*fixed);
@@ -153,7 +165,7 @@ TEST(MoveKGateTest, EveryBuiltMoveKeepsTheLinksWholeAndEvaluatesExactly) {
             for (unsigned int seed = 1; seed <= 3; ++seed) {
                 SCOPED_TRACE(std::string(shapeName(shape)) + (kind == MoveKGate::Close ? " close" : " open") +
                              " seed " + std::to_string(seed));
-                GatedModel model(shape, 8, shape == PMedian ? 9 : 8, seed, seed == 2);
+                GatedModel model(shape, 8, shape == PMedian ? 9 : 8, seed, static_cast<Form>(seed - 1));
                 auto dag = model.g.makeDag(model.start);
                 const DagFixedFields& fixed = model.g.fixed;
                 AutonomousFixedFields fields(fixed);
@@ -172,9 +184,9 @@ TEST(MoveKGateTest, EveryBuiltMoveKeepsTheLinksWholeAndEvaluatesExactly) {
                     ASSERT_FALSE(dag->getPropagation().getModifiedVariables().empty());
                     for (unsigned int node : fixed.variables()) values[node] = dag->newValue(node);
                     ASSERT_TRUE(model.holds(values));
-                    for (unsigned int gate : model.gates) gateChanges += values[gate] != dag->currentValue(gate);
                     ASSERT_TRUE(move.eval());
                     ReferenceEvaluator::evaluate(fixed, values);
+                    for (unsigned int gate : model.gates) gateChanges += values[gate] != dag->currentValue(gate);
                     for (unsigned int node = 0; node < fixed.nbNodes(); ++node) ASSERT_EQ(dag->newValue(node), values[node]);
                     bool commit = rand.nextInt(2) == 0;
                     committed += commit;
