@@ -16,6 +16,7 @@ const AdvancedParamInfo ADVANCED_PARAMS[NB_ADVANCED_PARAMS] = {
     {"kReversalEnabled", 1, 0, 1, false, "1: block reversals of sequences (columns of an assignment with unit rows)"},
     {"kGateCloseEnabled", 1, 0, 1, false, "1: a boolean that gates others (x <= g, sum <= C * g) closes and what it held moves to open ones"},
     {"kGateOpenEnabled", 1, 0, 1, false, "1: a boolean that gates others opens and takes over what it serves better"},
+    {"kGateSwapEnabled", 1, 0, 1, false, "1: one gate closes and another opens, the contents of the first re-placed"},
     {"keptScoresEnabled", 1, 0, 1, false, "1: flips of booleans in sums of booleans and pairs are scored without the graph"},
     {"violationWeightPeriod", 0, 0, 1000000000, true, "while infeasible, moves without progress before the violated constraints weigh more; 0: never"},
     {"wholePairsEnabled", 1, 0, 1, false, "1: a swap or balance pair sharing a boolean with an earlier pair of the move is left out"},

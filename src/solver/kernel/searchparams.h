@@ -23,6 +23,7 @@ enum AdvancedParam : unsigned int {
     KReversalEnabled,
     KGateCloseEnabled,
     KGateOpenEnabled,
+    KGateSwapEnabled,
     KeptScoresEnabled,
     ViolationWeightPeriod,
     WholePairsEnabled,

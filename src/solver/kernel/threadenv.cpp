@@ -76,10 +76,11 @@ void ThreadEnv::initHeuristic(const AutonomousFixedFields* fixedFields, unsigned
         heuristic->addMove(new MoveKReversal(*dag, heuristic->getQuickrand(), *structure, cycles, targeting()));
     // Gate moves only where some boolean gates others.
     if (MoveKGate::isValid(*fixedFields)) {
-        const MoveKGate::Kind kinds[2] = {MoveKGate::Close, MoveKGate::Open};
-        const AdvancedParam switches[2] = {KGateCloseEnabled, KGateOpenEnabled};
-        for (int i = 0; i < 2; ++i)
-            if (params.get(switches[i]) != 0)
+        const MoveKGate::Kind kinds[3] = {MoveKGate::Close, MoveKGate::Open, MoveKGate::Swap};
+        const AdvancedParam switches[3] = {KGateCloseEnabled, KGateOpenEnabled, KGateSwapEnabled};
+        const bool swaps = MoveKGate::isValidSwap(*fixedFields);
+        for (int i = 0; i < 3; ++i)
+            if (params.get(switches[i]) != 0 && (kinds[i] != MoveKGate::Swap || swaps))
                 heuristic->addMove(new MoveKGate(*dag, heuristic->getQuickrand(), *structure, kinds[i],
                                                  weightScale * MoveWeights::GATE_WEIGHT, targeting()));
     }

@@ -20,7 +20,8 @@ unsigned int GateLinks::gateBoolean(const DagFixedFields& fixed, unsigned int no
 
 bool GateLinks::isPlaced(const AutonomousFixedFields& sums, const DagFixedFields& fixed, unsigned int boolean) {
     for (const RootBool::Entry& entry : sums.getRootBool(fixed.variableIndex(boolean)).constrainedEntries())
-        if (entry.coefficient > 0 && sums.getRange(entry.sum).ranged && sums.getRange(entry.sum).lowest > 0) return true;
+        if (entry.coefficient > 0 && sums.getRange(entry.sum).ranged && sums.getRange(entry.sum).lowest > 0)
+            return true;
     return false;
 }
 

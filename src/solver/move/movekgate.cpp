@@ -12,6 +12,8 @@ namespace {
 const int GATE_DRAWS = 32;
 // Draws of a gate to balance a sum of gates.
 const int PARTNER_DRAWS = 16;
+// Gates one move may flip (a few sums of gates to balance at most).
+const std::size_t MAX_FLIPPED = 16;
 // Open gates compared when a gate to close is targeted.
 const unsigned int TARGET_DRAWS = 3;
 const long long MAX_LL = 9223372036854775807LL;
@@ -21,10 +23,23 @@ long long clamp(__int128 v) { return v > MAX_LL ? MAX_LL : v < -MAX_LL ? -MAX_LL
 
 MoveKGate::MoveKGate(Dag& dag, Quickrand& quickrand, AutonomousStructure& structure, Kind kind,
                      unsigned int utilRate, unsigned int targeting)
-    : MoveK(dag, quickrand, structure, 1, kind == Close ? "GateClose" : "GateOpen", utilRate, targeting),
+    : MoveK(dag, quickrand, structure, 1, kind == Close ? "GateClose" : kind == Open ? "GateOpen" : "GateSwap",
+            utilRate, targeting),
       kind(kind), fixedFields(structure.getFixedFields()), gates(fixedFields.getGates()),
       shifts(structure.getShifts()) {
-    partners.reserve(PARTNER_DRAWS);
+    flipped.reserve(MAX_FLIPPED);
+}
+
+bool MoveKGate::isValidSwap(const AutonomousFixedFields& fixed) {
+    const GateLinks& gates = fixed.getGates();
+    if (!isValid(fixed)) return false;
+    for (unsigned int gate = 0; gate < gates.size(); ++gate) {
+        if (gates.isGroup(gate)) continue;
+        unsigned int rank = fixed.getFixedFields().variableIndex(gates.gateNode(gate));
+        for (const RootBool::Entry& entry : fixed.getRootBool(rank).constrainedEntries())
+            if (gates.capacityOf(entry.sum) == nullptr) return false;
+    }
+    return true;
 }
 
 const RootBool& MoveKGate::rootBoolOf(unsigned int boolean) const {
@@ -130,9 +145,9 @@ bool MoveKGate::balanceGate(unsigned int gate) {
             unsigned int candidate = gates.gateOf(dag.getFixedFields().variableIndex(members[position]));
             if (candidate != KernelConstants::NO_NODE && !dag.isModified(members[position])) partner = candidate;
         }
-        if (partner == KernelConstants::NO_NODE || partners.size() == partners.capacity()) return false;
+        if (partner == KernelConstants::NO_NODE || flipped.size() == flipped.capacity()) return false;
         set(gates.gateNode(partner), 1 - dag.currentValue(gates.gateNode(partner)));
-        partners.push_back(partner);
+        flipped.push_back(partner);
     }
     return true;
 }
@@ -238,41 +253,59 @@ unsigned int MoveKGate::takeOver(unsigned int gate) {
     return taken;
 }
 
-bool MoveKGate::modify() {
-    shifts.clear();
-    partners.clear();
-    const bool closing = kind == Close;
-    closedGroup = openedGroup = KernelConstants::NO_NODE;
-    unsigned int gate = drawGate(closing);
-    if (gate == KernelConstants::NO_NODE) return false;
-    if (gates.isGroup(gate)) {
-        // No boolean of its own, so nothing to balance either.
-        (closing ? closedGroup : openedGroup) = gate;
-        bool built = closing ? empty(gate) : takeOver(gate) > 0;
-        shifts.clear();
-        return built || (closing && !isFeasible());
+bool MoveKGate::flipGates() {
+    const unsigned int none = KernelConstants::NO_NODE;
+    const unsigned int closed = kind != Open ? drawGate(true) : none;
+    const unsigned int opened = kind != Close ? drawGate(false) : none;
+    if ((kind != Open && closed == none) || (kind != Close && opened == none)) return false;
+    for (unsigned int gate : {closed, opened}) {
+        if (gate == none) continue;
+        const bool opening = gate == opened;
+        if (gates.isGroup(gate)) {
+            // No boolean of its own: the move only empties or fills it.
+            (opening ? openedGroup : closedGroup) = gate;
+            continue;
+        }
+        set(gates.gateNode(gate), opening ? 1 : 0);
+        flipped.push_back(gate);
     }
-    set(gates.gateNode(gate), closing ? 0 : 1);
+    // The sums of gates that the flips leave broken get gates flipping the
+    // other way (they join the list).
+    for (std::size_t i = 0, n = flipped.size(); i < n; ++i)
+        if (!balanceGate(flipped[i])) return false;
+    return true;
+}
+
+bool MoveKGate::moveContents() {
+    // Closed gates are emptied first, so that what they held may go to the
+    // opened ones; then the opened ones take over.
+    bool whole = true, closedSome = closedGroup != KernelConstants::NO_NODE;
+    for (unsigned int gate : flipped)
+        if (dag.newValue(gates.gateNode(gate)) == 0) {
+            whole = empty(gate) && whole;
+            closedSome = true;
+        }
+    if (closedGroup != KernelConstants::NO_NODE) whole = empty(closedGroup) && whole;
+    unsigned int taken = 0;
+    for (unsigned int gate : flipped)
+        if (dag.newValue(gates.gateNode(gate)) != 0) taken += takeOver(gate);
+    if (openedGroup != KernelConstants::NO_NODE) taken += takeOver(openedGroup);
+    // Opening alone, to take nothing over, only costs. While every
+    // constraint is hard, a short or overfilled sum would only be refused
+    // by the evaluation.
+    return (closedSome || taken > 0) && (whole || !isFeasible());
+}
+
+bool MoveKGate::modify() {
+    // A swap trades a gate for a gate, mostly at no cost: while infeasible
+    // such moves are all accepted and crowd out the repairs.
+    if (kind == Swap && !isFeasible()) return false;
+    shifts.clear();
+    flipped.clear();
+    closedGroup = openedGroup = KernelConstants::NO_NODE;
     // Every gate flips before anything is re-placed, so that the choices
     // see which gates stay open.
-    if (!balanceGate(gate)) {
-        shifts.clear();
-        return false;
-    }
-    // Closed gates are emptied first, so that what they held may go to
-    // the opened ones; then the opened ones take over.
-    bool whole = true;
-    for (unsigned int partner : partners)
-        if (dag.newValue(gates.gateNode(partner)) == 0) whole = empty(partner) && whole;
-    if (closing) whole = empty(gate) && whole;
-    unsigned int taken = 0;
-    for (unsigned int partner : partners)
-        if (dag.newValue(gates.gateNode(partner)) != 0) taken += takeOver(partner);
-    if (!closing) taken += takeOver(gate);
-    // Opening alone, to take nothing over, only costs.
-    const bool useful = closing || taken > 0 || !partners.empty();
+    const bool built = flipGates() && moveContents();
     shifts.clear();
-    // While every constraint is hard, a short or overfilled sum would only
-    // be refused by the evaluation.
-    return useful && (whole || !isFeasible());
+    return built;
 }

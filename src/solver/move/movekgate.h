@@ -15,12 +15,15 @@ class SumShifts;
 // - Open: a gate goes to 1 and takes over every boolean it gates whose
 //   assignment it serves better (less broken, or a better objective) than
 //   the one held now.
-// When the gate's own flip breaks a sum of gates (exactly p open sites),
+// - Swap: one gate closes and another opens at once, the first's contents
+//   re-placed (the second among the choices), the second taking over:
+//   a site moves where no sum of gates ties the two.
+// When a gate's own flip breaks a sum of gates (exactly p open sites),
 // another gate of that sum does the opposite with its own close or open:
-// the gate moves. One gate per application: k is 1.
+// the gate moves. k is 1.
 class MoveKGate : public MoveK {
 public:
-    enum Kind { Close, Open };
+    enum Kind { Close, Open, Swap };
 
     MoveKGate(Dag& dag, Quickrand& quickrand, AutonomousStructure& structure, Kind kind, unsigned int utilRate,
               unsigned int targeting);
@@ -29,6 +32,10 @@ public:
     // could be built.
     bool modify() override;
     static bool isValid(const AutonomousFixedFields& fixed) { return fixed.getGates().size() >= 2; }
+    // Swaps only where no constrained sum ties gates together: where one
+    // does (exactly p sites open), closes and opens already move a gate,
+    // and swaps measured worse.
+    static bool isValidSwap(const AutonomousFixedFields& fixed);
 
 private:
     // A gate whose move value is `open`, NO_NODE after a few vain draws.
@@ -41,9 +48,14 @@ private:
     bool empty(unsigned int gate);
     // Number of booleans taken over.
     unsigned int takeOver(unsigned int gate);
+    // Draws the move's gates and flips them with those that balance them;
+    // false when a gate is missing.
+    bool flipGates();
+    // Empties the closed gates and lets the opened ones take over; false
+    // when that is useless or, while feasible, not whole.
+    bool moveContents();
     // The gate's own sums that its flip leaves broken get a gate that flips
-    // the other way; false when one finds none. Those gates are listed in
-    // `partners`.
+    // the other way, added to `flipped`; false when one finds none.
     bool balanceGate(unsigned int gate);
     // Puts another boolean in the sums that `boolean`, just set to 0, left
     // short; false when none fits without breaking a constraint.
@@ -68,8 +80,8 @@ private:
     const AutonomousFixedFields& fixedFields;
     const GateLinks& gates;
     SumShifts& shifts;
-    // Gates flipped to balance the first one's sums.
-    std::vector<unsigned int> partners;
+    // The gates (with a boolean) that the move flips.
+    std::vector<unsigned int> flipped;
     // The group gate the move empties or fills, NO_NODE if none.
     unsigned int closedGroup = 0, openedGroup = 0;
 };

@@ -582,7 +582,7 @@ TEST(SearchDifferentialTest, GateMovesKeepTheGraphExact) {
                       seed % 4 == 3 ? std::vector<long long>() : model.start);
         }
     }
-    for (const char* kind : {"GateClose", "GateOpen"}) {
+    for (const char* kind : {"GateClose", "GateOpen", "GateSwap"}) {
         EXPECT_GT(counts[kind].first, 1000u) << kind;
         EXPECT_GT(counts[kind].second, 0u) << kind;
     }

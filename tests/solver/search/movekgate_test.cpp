@@ -87,6 +87,8 @@ TEST(GateLinksTest, FindsTheGatesOfTextbookModelsInEachForm) {
             // An item gates nothing.
             EXPECT_EQ(gates.gateOf(model.rank(model.x[0])), 4294967295u);
             EXPECT_TRUE(MoveKGate::isValid(fields));
+            // Where a count ties the gates, closes and opens move them.
+            EXPECT_EQ(MoveKGate::isValidSwap(fields), shape != PMedian);
         }
 }
 
@@ -143,16 +145,21 @@ TEST(MoveKGateTest, EachKindHasItsSwitchAndWeight) {
     std::map<std::string, unsigned int> both = movesOf(model, params);
     EXPECT_EQ(both["1-GateClose"], MoveWeights::GATE_WEIGHT);
     EXPECT_EQ(both["1-GateOpen"], MoveWeights::GATE_WEIGHT);
+    EXPECT_EQ(both["1-GateSwap"], MoveWeights::GATE_WEIGHT);
     params.set(KGateCloseEnabled, 0);
-    std::map<std::string, unsigned int> openOnly = movesOf(model, params);
-    EXPECT_EQ(openOnly.count("1-GateClose"), 0u);
-    EXPECT_EQ(openOnly.count("1-GateOpen"), 1u);
+    std::map<std::string, unsigned int> two = movesOf(model, params);
+    EXPECT_EQ(two.count("1-GateClose"), 0u);
+    EXPECT_EQ(two.count("1-GateOpen"), 1u);
+    EXPECT_EQ(two.count("1-GateSwap"), 1u);
+    params.set(KGateSwapEnabled, 0);
+    std::map<std::string, unsigned int> one = movesOf(model, params);
+    EXPECT_EQ(one.count("1-GateSwap"), 0u);
+    EXPECT_EQ(one.count("1-GateOpen"), 1u);
     params.set(KGateOpenEnabled, 0);
     std::map<std::string, unsigned int> none = movesOf(model, params);
     EXPECT_EQ(none.count("1-GateOpen"), 0u);
     // The other moves are the same either way.
-    both.erase("1-GateClose");
-    both.erase("1-GateOpen");
+    for (const char* name : {"1-GateClose", "1-GateOpen", "1-GateSwap"}) both.erase(name);
     EXPECT_EQ(both, none);
 }
 
@@ -161,10 +168,10 @@ TEST(MoveKGateTest, EachKindHasItsSwitchAndWeight) {
 // evaluation agrees with a from-scratch one, and random commits walk on.
 TEST(MoveKGateTest, EveryBuiltMoveKeepsTheLinksWholeAndEvaluatesExactly) {
     for (Shape shape : {Colouring, PMedian, BinPacking})
-        for (MoveKGate::Kind kind : {MoveKGate::Close, MoveKGate::Open})
+        for (MoveKGate::Kind kind : {MoveKGate::Close, MoveKGate::Open, MoveKGate::Swap})
             for (unsigned int seed = 1; seed <= 3; ++seed) {
-                SCOPED_TRACE(std::string(shapeName(shape)) + (kind == MoveKGate::Close ? " close" : " open") +
-                             " seed " + std::to_string(seed));
+                SCOPED_TRACE(std::string(shapeName(shape)) + " kind " + std::to_string(kind) + " seed " +
+                             std::to_string(seed));
                 GatedModel model(shape, 8, shape == PMedian ? 9 : 8, seed, static_cast<Form>(seed - 1));
                 auto dag = model.g.makeDag(model.start);
                 const DagFixedFields& fixed = model.g.fixed;
@@ -172,7 +179,8 @@ TEST(MoveKGateTest, EveryBuiltMoveKeepsTheLinksWholeAndEvaluatesExactly) {
                 AutonomousStructure structure(*dag, fields);
                 Quickrand rand(seed);
                 MoveKGate move(*dag, rand, structure, kind, 1, 50);
-                EXPECT_EQ(move.getName(), kind == MoveKGate::Close ? "1-GateClose" : "1-GateOpen");
+                const char* names[3] = {"1-GateClose", "1-GateOpen", "1-GateSwap"};
+                EXPECT_EQ(move.getName(), names[kind]);
                 std::vector<long long> values(fixed.nbNodes(), 0);
                 unsigned int built = 0, committed = 0, gateChanges = 0;
                 for (int i = 0; i < 400; ++i) {
@@ -187,7 +195,8 @@ TEST(MoveKGateTest, EveryBuiltMoveKeepsTheLinksWholeAndEvaluatesExactly) {
                     ASSERT_TRUE(move.eval());
                     ReferenceEvaluator::evaluate(fixed, values);
                     for (unsigned int gate : model.gates) gateChanges += values[gate] != dag->currentValue(gate);
-                    for (unsigned int node = 0; node < fixed.nbNodes(); ++node) ASSERT_EQ(dag->newValue(node), values[node]);
+                    for (unsigned int node = 0; node < fixed.nbNodes(); ++node)
+                        ASSERT_EQ(dag->newValue(node), values[node]);
                     bool commit = rand.nextInt(2) == 0;
                     committed += commit;
                     move.update(commit ? MoveAccepted : MoveRejected);
@@ -196,8 +205,9 @@ TEST(MoveKGateTest, EveryBuiltMoveKeepsTheLinksWholeAndEvaluatesExactly) {
                 EXPECT_EQ(move.getNbInfeasibles(), 400u - built);
                 // Opening alone gains nothing where the objective counts the
                 // gates: only the p-median, whose open gates are fixed in
-                // number, moves a gate by opening one. Closes run out as
-                // the committed ones pack the items into fewer gates.
+                // number, moves a gate by opening one; and only there is a
+                // gate closed at the start, for a swap to open. Closes run
+                // out as the committed ones pack the items into fewer gates.
                 if (kind == MoveKGate::Close || shape == PMedian) {
                     EXPECT_GT(built, 3u);
                     EXPECT_GT(committed, 0u);
@@ -257,40 +267,82 @@ TEST(MoveKGateTest, ClosingABinPutsItsItemsWhereTheyFitBest) {
     EXPECT_GT(closedThird, 5u);
 }
 
-// One median among two sites, the open one farther from every client:
-// opening the other must close the first and move every client over, and
-// closing the first must open the other: either way the cost is the other
-// site's, in one move.
-TEST(MoveKGateTest, AMedianMovesWithAllItServes) {
-    TestGraph g;
-    const unsigned int n = 3, m = 2;
-    const std::vector<long long> costs = {9, 2, 8, 3, 7, 4};
-    std::vector<unsigned int> x, open;
-    for (unsigned int i = 0; i < n * m; ++i) x.push_back(g.boolean());
-    for (unsigned int j = 0; j < m; ++j) open.push_back(g.boolean());
-    for (unsigned int i = 0; i < n; ++i) {
-        g.constraint(g.add(Eq, {g.add(BooleanSum, {x[i * m], x[i * m + 1]}), g.constant(1)}));
-        for (unsigned int j = 0; j < m; ++j) g.constraint(g.add(Leq, {x[i * m + j], open[j]}));
+// Three clients, each assigned to one of two sites and only to an open
+// one, site 0 open and serving all; `costs` per client and site, then, when
+// given, the cost of opening each site; `count`: exactly one site open.
+struct TwoSites {
+    TwoSites(std::vector<long long> costs, bool count) {
+        for (unsigned int i = 0; i < n * m; ++i) x.push_back(g.boolean());
+        for (unsigned int j = 0; j < m; ++j) open.push_back(g.boolean());
+        for (unsigned int i = 0; i < n; ++i) {
+            g.constraint(g.add(Eq, {g.add(BooleanSum, {x[i * m], x[i * m + 1]}), g.constant(1)}));
+            for (unsigned int j = 0; j < m; ++j) g.constraint(g.add(Leq, {x[i * m + j], open[j]}));
+        }
+        if (count) g.constraint(g.add(Eq, {g.add(BooleanSum, open), g.constant(1)}));
+        std::vector<unsigned int> terms = x;
+        if (costs.size() > n * m) terms.insert(terms.end(), open.begin(), open.end());
+        g.objective(g.add(ScalarSum, terms, costs));
+        g.close();
+        start.assign(g.fixed.nbVariables(), 0);
+        for (unsigned int i = 0; i < n; ++i) start[g.fixed.variableIndex(x[i * m])] = 1;
+        start[g.fixed.variableIndex(open[0])] = 1;
     }
-    g.constraint(g.add(Eq, {g.add(BooleanSum, open), g.constant(1)}));
-    g.objective(g.add(ScalarSum, x, costs));
-    g.close();
-    std::vector<long long> start(g.fixed.nbVariables(), 0);
-    for (unsigned int i = 0; i < n; ++i) start[g.fixed.variableIndex(x[i * m])] = 1;
-    start[g.fixed.variableIndex(open[0])] = 1;
-    for (MoveKGate::Kind kind : {MoveKGate::Open, MoveKGate::Close}) {
-        auto dag = g.makeDag(start);
-        AutonomousFixedFields fields(g.fixed);
+    static const unsigned int n = 3, m = 2;
+    TestGraph g;
+    std::vector<unsigned int> x, open;
+    std::vector<long long> start;
+};
+
+// One median among two sites, the open one farther from every client:
+// opening the other must close the first and move every client over,
+// closing the first must open the other, and a swap does both: each way
+// the cost is the other site's, in one move.
+TEST(MoveKGateTest, AMedianMovesWithAllItServes) {
+    TwoSites s({9, 2, 8, 3, 7, 4}, true);
+    for (MoveKGate::Kind kind : {MoveKGate::Open, MoveKGate::Close, MoveKGate::Swap}) {
+        auto dag = s.g.makeDag(s.start);
+        AutonomousFixedFields fields(s.g.fixed);
         AutonomousStructure structure(*dag, fields);
         Quickrand rand(3);
         MoveKGate move(*dag, rand, structure, kind, 1, 50);
         ASSERT_TRUE(move.modify());
         ASSERT_TRUE(move.eval());
-        EXPECT_EQ(dag->newValue(open[0]), 0);
-        EXPECT_EQ(dag->newValue(open[1]), 1);
-        for (unsigned int i = 0; i < n; ++i) EXPECT_EQ(dag->newValue(x[i * m + 1]), 1);
-        EXPECT_EQ(dag->newValue(g.fixed.objectives()[0]), 2 + 3 + 4);
+        EXPECT_EQ(dag->newValue(s.open[0]), 0);
+        EXPECT_EQ(dag->newValue(s.open[1]), 1);
+        for (unsigned int i = 0; i < s.n; ++i) EXPECT_EQ(dag->newValue(s.x[i * s.m + 1]), 1);
+        EXPECT_EQ(dag->newValue(s.g.fixed.objectives()[0]), 2 + 3 + 4);
         move.update(MoveImproved);
-        EXPECT_EQ(dag->currentValue(g.fixed.objectives()[0]), 9);
+        EXPECT_EQ(dag->currentValue(s.g.fixed.objectives()[0]), 9);
+    }
+}
+
+// Two sites without a count of open ones, the open one dearer to open and
+// no nearer to any client: closing it alone strands its clients, opening
+// the other alone takes nobody over, and only a swap moves the clients
+// and saves the difference.
+TEST(MoveKGateTest, OnlyASwapMovesASiteThatNoCountTies) {
+    TwoSites s({5, 5, 4, 4, 6, 6, 10, 1}, false);
+    const unsigned int n = s.n, m = s.m;
+    const TestGraph& g = s.g;
+    const std::vector<unsigned int>& x = s.x;
+    const std::vector<unsigned int>& open = s.open;
+    const std::vector<long long>& start = s.start;
+    for (MoveKGate::Kind kind : {MoveKGate::Close, MoveKGate::Open, MoveKGate::Swap}) {
+        SCOPED_TRACE(kind);
+        auto dag = g.makeDag(start);
+        AutonomousFixedFields fields(g.fixed);
+        AutonomousStructure structure(*dag, fields);
+        Quickrand rand(5);
+        MoveKGate move(*dag, rand, structure, kind, 1, 50);
+        bool built = move.modify();
+        EXPECT_EQ(built, kind == MoveKGate::Swap);
+        if (built) {
+            ASSERT_TRUE(move.eval());
+            EXPECT_EQ(dag->newValue(open[0]), 0);
+            EXPECT_EQ(dag->newValue(open[1]), 1);
+            for (unsigned int i = 0; i < n; ++i) EXPECT_EQ(dag->newValue(x[i * m + 1]), 1);
+            EXPECT_EQ(dag->newValue(g.fixed.objectives()[0]), 5 + 4 + 6 + 1);
+        }
+        move.update(built ? MoveImproved : MoveInfeasible);
     }
 }
