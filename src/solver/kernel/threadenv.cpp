@@ -6,6 +6,7 @@
 #include "solver/move/movechain.h"
 #include "solver/move/movekbalance.h"
 #include "solver/move/movekflip.h"
+#include "solver/move/movekgate.h"
 #include "solver/move/movekreversal.h"
 #include "solver/move/movekswap.h"
 #include "solver/move/movesimplekflip.h"
@@ -22,6 +23,8 @@ const unsigned int QX_MV_2FORKCYCLE_WEIGHTS[16] = {0, 0, 0, 2};
 const unsigned int QX_MV_3FORKCYCLE_WEIGHTS[16] = {0, 0, 0, 1};
 const unsigned int QX_MV_2FORKPATH_WEIGHTS[16] = {0, 0, 0, 1};
 const unsigned int QX_MV_3FORKPATH_WEIGHTS[16] = {0, 0, 0, 1};
+// Each gate move's weight, where the model has gates.
+const unsigned int GATE_WEIGHT = 8;
 }  // namespace MoveWeights
 
 ThreadEnv::ThreadEnv(const SearchParams& params, Dag* dag, const AutonomousFixedFields* fixedFields,
@@ -73,6 +76,16 @@ void ThreadEnv::initHeuristic(const AutonomousFixedFields* fixedFields, unsigned
     for (unsigned int k = 1; k <= size; ++k) initMoves(k);
     if (reversing)
         heuristic->addMove(new MoveKReversal(*dag, heuristic->getQuickrand(), *structure, cycles, targeting()));
+    // Gate moves only where some boolean gates others.
+    if (MoveKGate::isValid(*fixedFields)) {
+        const MoveKGate::Kind kinds[3] = {MoveKGate::Close, MoveKGate::Open, MoveKGate::Swap};
+        const AdvancedParam switches[3] = {KGateCloseEnabled, KGateOpenEnabled, KGateSwapEnabled};
+        const bool swaps = MoveKGate::isValidSwap(*fixedFields);
+        for (int i = 0; i < 3; ++i)
+            if (params.get(switches[i]) != 0 && (kinds[i] != MoveKGate::Swap || swaps))
+                heuristic->addMove(new MoveKGate(*dag, heuristic->getQuickrand(), *structure, kinds[i],
+                                                 weightScale * MoveWeights::GATE_WEIGHT, targeting()));
+    }
     for (unsigned int i = 0; i < params.objectiveBounds.size(); ++i)
         heuristic->setObjectiveBound(i, params.objectiveBounds[i]);
 }

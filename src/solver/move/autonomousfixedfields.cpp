@@ -23,6 +23,7 @@ AutonomousFixedFields::AutonomousFixedFields(const DagFixedFields& fixed)
     }
     initFreeBooleans();
     initMonoConstrainedBooleans();
+    gates = std::make_unique<GateLinks>(fixed, *this);
 }
 
 bool AutonomousFixedFields::isRootBool(const DagFixedFields& fixed, unsigned int node) {
@@ -42,7 +43,7 @@ bool AutonomousFixedFields::isRootSum(const DagFixedFields& fixed, unsigned int 
 void AutonomousFixedFields::initRootSums() {
     // Whether a constraint lies at or above each node: parents have higher
     // ranks, so one pass from the top rank down settles it.
-    std::vector<char> underConstraint(fixed.nbNodes(), 0);
+    underConstraint.assign(fixed.nbNodes(), 0);
     for (unsigned int level = fixed.nbRanks(); level-- > 0;) {
         const unsigned int* nodes = fixed.nodesOfRank(level);
         for (unsigned int k = 0; k < fixed.nbNodesOfRank(level); ++k) {

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "solver/move/gatelinks.h"
+
+#include <memory>
 #include <vector>
 
 class DagFixedFields;
@@ -127,6 +130,10 @@ public:
     unsigned int sequenceOf(unsigned int sum) const { return sequenceIndices[sum]; }
     unsigned int placeOf(unsigned int sum) const { return places[sum]; }
     unsigned int getNbBalanceNodes() const { return static_cast<unsigned int>(balanceNodes.size()); }
+    const GateLinks& getGates() const { return *gates; }
+    // A constraint lies at or above the node: it does not only feed
+    // objectives.
+    bool isUnderConstraint(unsigned int node) const { return underConstraint[node] != 0; }
 
 private:
     void initRootSums();
@@ -150,6 +157,7 @@ private:
     std::vector<RootBool> rootBools;
     std::vector<RootBool::Entry> rootBoolEntries;
     std::vector<RootSum> rootSums;
+    std::vector<char> underConstraint;
     std::vector<SumRange> ranges;
     std::vector<signed char> objectiveSigns;
     unsigned int nbObjectiveSums = 0;
@@ -161,4 +169,5 @@ private:
     std::vector<SumSequence> sequences;
     std::vector<unsigned int> sequenceIndices;
     std::vector<unsigned int> places;
+    std::unique_ptr<GateLinks> gates;
 };

@@ -400,6 +400,7 @@ TEST(KernelDifferentialTest, EveryFamilyBeyond65534Children) {
 #include "solver/kernel/heuristicdescent.h"
 #include "solver/kernel/threadenv.h"
 #include "solver/move/autonomousfixedfields.h"
+#include "../search/gatedmodels.h"
 
 #include <map>
 
@@ -499,13 +500,15 @@ public:
 // Attempts and acceptances per move kind, over every run.
 typedef std::map<std::string, std::pair<unsigned long long, unsigned long long>> MoveCounts;
 
-void runSearch(unsigned int seed, int annealingLevel, unsigned int nbIterations, MoveCounts& counts) {
-    RandomGraph graph(seed, 40);
+// A search on a graph, from `start` (variable order; all 0 when empty) or
+// from a greedy solution.
+void runSearch(const TestGraph& graph, const std::vector<Range>& ranges, unsigned int seed, int annealingLevel,
+               unsigned int nbIterations, MoveCounts& counts, const std::vector<long long>& start = {}) {
     std::mt19937 random(seed);
-    auto dag = graph.graph.makeDag();
+    auto dag = graph.makeDag(start);
     Quickrand greedyRand(seed);
     if (random() % 2) GreedySolution(&greedyRand).computeSolution(dag.get());
-    AutonomousFixedFields autonomous(graph.graph.fixed);
+    AutonomousFixedFields autonomous(graph.fixed);
     SearchParams params;
     params.annealingLevel = annealingLevel;
     params.set(NeighborhoodSize, 4);
@@ -514,11 +517,11 @@ void runSearch(unsigned int seed, int annealingLevel, unsigned int nbIterations,
     Heuristic* heuristic = env.getHeuristic();
     env.getMoveFilter()->setFilteringPeriod(97);  // several filterings per run
     heuristic->setIterationLimit(nbIterations);
-    heuristic->setOptimizedObjective(random() % 2);
+    heuristic->setOptimizedObjective(random() % graph.fixed.objectives().size());
     // The structure is read through a second one over the same graph, kept
     // current by the same commits.
     AutonomousStructure mirror(*dag, autonomous);
-    SearchChecker checker(graph.ranges, *dag, mirror, annealingLevel == 0);
+    SearchChecker checker(ranges, *dag, mirror, annealingLevel == 0);
     checker.optimized = heuristic->getOptimizedObjective();
     heuristic->addCallback(&checker);
     heuristic->run();
@@ -527,12 +530,12 @@ void runSearch(unsigned int seed, int annealingLevel, unsigned int nbIterations,
     EXPECT_EQ(heuristic->getNbAttempted(), heuristic->getNbIterations());
     // The best solution's stored objectives are those of its stored variables.
     const Solution& best = heuristic->getBestSolution();
-    std::vector<long long> values(graph.graph.fixed.nbNodes(), 0);
-    for (unsigned int r = 0; r < graph.graph.fixed.nbVariables(); ++r)
-        values[graph.graph.fixed.variables()[r]] = best.getVariableValues()[r];
-    ReferenceEvaluator::evaluate(graph.graph.fixed, values);
-    for (unsigned int i = 0; i < graph.graph.fixed.objectives().size(); ++i)
-        EXPECT_EQ(best.getObjectiveValues()[i], values[graph.graph.fixed.objectives()[i]]);
+    std::vector<long long> values(graph.fixed.nbNodes(), 0);
+    for (unsigned int r = 0; r < graph.fixed.nbVariables(); ++r)
+        values[graph.fixed.variables()[r]] = best.getVariableValues()[r];
+    ReferenceEvaluator::evaluate(graph.fixed, values);
+    for (unsigned int i = 0; i < graph.fixed.objectives().size(); ++i)
+        EXPECT_EQ(best.getObjectiveValues()[i], values[graph.fixed.objectives()[i]]);
     for (unsigned int m = 0; m < heuristic->getNbMoves(); ++m) {
         const Move* move = heuristic->getMove(m);
         std::string kind = move->getName().substr(move->getName().find('-') + 1);
@@ -550,7 +553,8 @@ TEST(SearchDifferentialTest, DescentAndAnnealingKeepTheGraphExact) {
     for (unsigned int seed = 1; seed <= 24 && !::testing::Test::HasFatalFailure(); ++seed) {
         for (int level : {0, 3}) {
             SCOPED_TRACE("graph seed " + std::to_string(seed) + " annealing level " + std::to_string(level));
-            runSearch(seed, level, 2500, counts);
+            RandomGraph graph(seed, 40);
+            runSearch(graph.graph, graph.ranges, seed, level, 2500, counts);
         }
     }
     for (const char* kind : {"SimpleFlip", "Flip", "Swap", "Balance", "Path", "Cycle", "ForkCycle", "ForkPath"}) {
@@ -559,4 +563,27 @@ TEST(SearchDifferentialTest, DescentAndAnnealingKeepTheGraphExact) {
     }
     // The annealing did accept worse moves somewhere.
     EXPECT_GT(counts["degradations"].second, 0u);
+}
+
+// Textbook models with gates (colouring, p-median, bin packing, their
+// links either way round or their gates as maxima), from a feasible start, a greedy one or all 0: the gate moves
+// keep the graph exact too, and are tried and taken.
+TEST(SearchDifferentialTest, GateMovesKeepTheGraphExact) {
+    using namespace GatedModels;
+    MoveCounts counts;
+    const Range any{-(static_cast<__int128>(1) << 62), static_cast<__int128>(1) << 62};
+    for (unsigned int seed = 1; seed <= 12 && !::testing::Test::HasFatalFailure(); ++seed) {
+        Shape shape = static_cast<Shape>(seed % 3);
+        GatedModel model(shape, 6 + seed % 4, shape == PMedian ? 12 : 10, seed, static_cast<Form>(seed / 3 % 3));
+        std::vector<Range> ranges(model.g.fixed.nbNodes(), any);
+        for (int level : {0, 3}) {
+            SCOPED_TRACE("gated seed " + std::to_string(seed) + " annealing level " + std::to_string(level));
+            runSearch(model.g, ranges, seed, level, 2500, counts,
+                      seed % 4 == 3 ? std::vector<long long>() : model.start);
+        }
+    }
+    for (const char* kind : {"GateClose", "GateOpen", "GateSwap"}) {
+        EXPECT_GT(counts[kind].first, 1000u) << kind;
+        EXPECT_GT(counts[kind].second, 0u) << kind;
+    }
 }
