@@ -53,6 +53,7 @@ public:
     // --- Variables: all Booleans, then all Integers, by node number ---
     const std::vector<unsigned int>& variables() const { return variableNodes; }
     unsigned int variableIndex(unsigned int node) const { return variableIndices[node]; }
+    void prefetchVariableIndex(unsigned int node) const { __builtin_prefetch(&variableIndices[node]); }
     unsigned int nbBooleans() const { return booleanCount; }
     unsigned int nbIntegers() const { return static_cast<unsigned int>(variableNodes.size()) - booleanCount; }
     unsigned int nbVariables() const { return static_cast<unsigned int>(variableNodes.size()); }

@@ -110,6 +110,7 @@ public:
 
     const DagFixedFields& getFixedFields() const { return fixed; }
     const RootBool& getRootBool(unsigned int booleanRank) const { return rootBools[booleanRank]; }
+    void prefetchRootBool(unsigned int booleanRank) const { __builtin_prefetch(&rootBools[booleanRank]); }
     const std::vector<RootSum>& getRootSums() const { return rootSums; }
     const SumRange& getRange(unsigned int sum) const { return ranges[sum]; }
     // +1 for a sum that is a maximised objective, -1 for a minimised one,

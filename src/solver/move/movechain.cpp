@@ -174,6 +174,7 @@ unsigned int MoveChain::bestOpposite(SumSide side, long long enough, bool weighW
     unsigned int first = side.up ? bools.sizeIn() : 0;
     unsigned int offset = quickrand.nextInt(n);
     const std::vector<unsigned int>& booleans = fixedFields.getRootSums()[side.sum].booleans;
+    if (!all) prefetchDraws(booleans, bools, first, n, offset);
     unsigned int best = KernelConstants::NO_NODE;
     long long bestGain = std::numeric_limits<long long>::min(), bestWorth = 0;
     weighWorth = weighWorth && fixedFields.hasObjectiveSums();
@@ -194,6 +195,26 @@ unsigned int MoveChain::bestOpposite(SumSide side, long long enough, bool weighW
         }
     }
     return best;
+}
+
+// The sampled opposites of a large sum lie anywhere in the graph, and
+// weighing one waits on three loads that depend on each other (the node's
+// value, its rank, its entries). Drawn ahead on a copy of the generator
+// (the same values the weighing loop draws next), the samples' loads are
+// asked for level by level, so that they overlap instead of queueing.
+void MoveChain::prefetchDraws(const std::vector<unsigned int>& booleans, const Bipartition& bools,
+                              unsigned int first, unsigned int n, unsigned int offset) const {
+    Quickrand ahead = quickrand;
+    unsigned int drawn[OPPOSITE_DRAWS];
+    for (unsigned int draw = 0; draw < OPPOSITE_DRAWS; ++draw) {
+        drawn[draw] = booleans[bools[first + (draw == 0 ? offset : ahead.nextInt(n))]];
+        dag.prefetch(drawn[draw]);
+        dag.getFixedFields().prefetchVariableIndex(drawn[draw]);
+    }
+    for (unsigned int draw = 0; draw < OPPOSITE_DRAWS; ++draw)
+        fixedFields.prefetchRootBool(dag.getFixedFields().variableIndex(drawn[draw]));
+    for (unsigned int draw = 0; draw < OPPOSITE_DRAWS; ++draw)
+        __builtin_prefetch(rootBoolOf(drawn[draw]).getEntries().first);
 }
 
 MoveChain::Step MoveChain::settle(bool withStart) {

@@ -116,6 +116,8 @@ protected:
     // ties go to the one best for the objectives, else to the first.
     unsigned int bestOpposite(SumSide side, long long enough, bool weighWorth);
     unsigned int nbOpposites(SumSide side) const;
+    void prefetchDraws(const std::vector<unsigned int>& booleans, const Bipartition& bools, unsigned int first,
+                       unsigned int n, unsigned int offset) const;
     // Which way flipping the boolean moves the sum.
     SumSide sideOf(const RootBool::Entry& entry) const;
     // What flipping a boolean of committed value `value` does to the sum of
