@@ -2,6 +2,8 @@
 
 #include "api/ranklink.h"
 
+#include <mpi.h>
+
 #include <memory>
 
 // The ranks of an MPI job (mpirun), over MPI_COMM_WORLD; built only with
@@ -19,11 +21,23 @@ public:
     std::vector<long long> allGather(const std::vector<long long>& mine) override;
     void broadcast(std::vector<long long>& values, int root) override;
     std::string firstFailure(const std::string& mine) override;
-    [[noreturn]] void abortAll(int status) override;
+    [[noreturn]] void failAll(const std::string& text) override;
+    void takeFailures() override;
+    void close(bool failed) override;
 
 private:
-    MpiRankLink(int rank, int size) : myRank(rank), nbRanks(size) {}
+    MpiRankLink(int rank, int size, MPI_Comm failures) : myRank(rank), nbRanks(size), failures(failures) {}
+
+    // Rank `root`'s `count` values of `type` at `data`, on every rank.
+    void broadcast(void* data, int count, MPI_Datatype type, int root);
+    // Waits for a collective to complete; rank 0 meanwhile takes a failure
+    // handed by a rank that will never join it.
+    void await(MPI_Request& request);
+    [[noreturn]] void printAndAbort(const std::string& text);
 
     int myRank;
     int nbRanks;
+    // The failures' own channel, apart from the collectives' traffic.
+    MPI_Comm failures;
+    bool printedOwn = false;
 };

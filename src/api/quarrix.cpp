@@ -238,6 +238,9 @@ void Quarrix::searchWithRanks(int i, bool byIterations) {
         const Clock::time_point now = Clock::now();
         if (outcome == Parallelizer::WaitTimedOut && (byIterations || now < nextExchange)) {
             nextDisplay = now + displayPeriod;
+            // Another rank's failure ends the run now, not at the next
+            // exchange, which may be far.
+            link->takeFailures();
             if (callback == nullptr) continue;
             parallelizer->pause();
             state = QXState::Paused;

@@ -70,6 +70,12 @@ void Launcher::printUsage() {
 }
 
 int Launcher::run() {
+    const int status = runSequence();
+    if (link) link->close(status != 0);
+    return status;
+}
+
+int Launcher::runSequence() {
     try {
         solver = std::make_unique<Quarrix>();
         program = std::make_unique<Program>();
@@ -125,12 +131,19 @@ int Launcher::fail(const std::string& text) {
         stage = Stage::Finishing;
         shown = link->firstFailure(text);
         if (!isLeader()) return 1;
+    } else if (link && (stage == Stage::Solving || !isLeader())) {
+        // The other ranks may be waiting for this one at an exchange: rank
+        // 0 prints the message and ends them all. Until then the search
+        // threads that this rank still runs would only slow the others.
+        if (!isLeader()) {
+            context.reset();
+            solver.reset();
+        }
+        link->failAll(text);
     }
     std::cout.flush();
     std::cerr << shown;
     std::cerr.flush();
-    // The other ranks wait for this one at their next exchange.
-    if (link && stage == Stage::Solving) link->abortAll(1);
     return 1;
 }
 

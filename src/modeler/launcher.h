@@ -52,10 +52,13 @@ public:
     // sections up to the solve and searches; rank 0 alone runs "display"
     // and "output". An error before the solve, on any rank, ends every rank
     // with the first failing rank's message printed by rank 0; an error
-    // during the solve ends every rank at once.
+    // during the solve or after it, on any rank, ends every rank with its
+    // message printed by rank 0.
     void setRankLink(RankLink* rankLink) { link = rankLink; }
 
 private:
+    // run() but for the ranks' closing.
+    int runSequence();
     bool isLeader() const;
     // Prints `text` (a formatted error message) and gives the run's status,
     // as the ranks agree on it when there are several.

@@ -76,7 +76,9 @@ public:
             if (!each.empty()) return std::string(each.begin(), each.end());
         return "";
     }
-    [[noreturn]] void abortAll(int) override { std::abort(); }
+    [[noreturn]] void failAll(const std::string&) override { std::abort(); }
+    void takeFailures() override {}
+    void close(bool) override { rendezvous.exchange(myRank, {}); }
 
 private:
     Rendezvous& rendezvous;

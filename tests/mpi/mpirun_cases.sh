@@ -8,6 +8,9 @@
 #     status 1 and the message once;
 #   - an error during the search (rank 0's display section): status 1 and
 #     the message, every rank ended;
+#   - an error during the search on rank 1 alone (memory, a thread that
+#     cannot start), while rank 0 searches and once it has nothing left to
+#     search: status 1, the message once and from rank 0, every rank ended;
 #   - an interrupt of mpirun: status 1 and every rank ended.
 # Two processes on any machine (--oversubscribe); as root, OpenMPI wants
 # --allow-run-as-root.
@@ -87,6 +90,42 @@ timeout 100 "${launcher[@]}" "$quarrix" "$work/display.qxm" > "$work/display.out
 check "display fails: status" "$?" 1
 check "display fails: the message" \
     "$(grep -cxF "Error [ file: $work/display.qxm / line: 9 ]: Division by zero." "$work/display.err")" 1
+
+# An error during the search on rank 1 only, under a memory cap that
+# rank 1's search of 1024 threads does not fit in (the model and one
+# thread do): with 20000 booleans, the memory of the threads' searches; with
+# 10, the stacks of the threads that start. Rank 0 prints rank 1's message,
+# once, whether it is still searching (a time limit: it takes the message
+# within a second) or has nothing left to search (a zero limit: at the end
+# of its run).
+cat > "$work/memory.qxm" <<'QXM'
+function model() {
+    x[i in 0..n-1] <- bool();
+    s = 0;
+    for [i in 0..n-2] s = s + x[i] * x[i + 1] - x[i];
+    total <- s;
+    minimize total;
+}
+function param() { qxVerbosity = 0; }
+QXM
+capped() { echo "ulimit -v 700000; exec \"$quarrix\" \"$work/memory.qxm\" qxNbThreads=1024 $*"; }
+for run in "n=20000 qxTimeLimit=60" "n=20000 qxIterationLimit=0" "n=10 qxTimeLimit=60"; do
+    # What rank 1 prints on its own.
+    timeout 60 sh -c "$(capped $run)" > /dev/null 2> "$work/alone.err"
+    check "capped alone ($run): status" "$?" 1
+    message=$(head -n 1 "$work/alone.err")
+    check "capped alone ($run): a resource refused" "$(grep -c -E 'Out of memory|Cannot start a thread' <<< "$message")" 1
+    # shellcheck disable=SC2086
+    timeout 100 mpirun "${launcher[@]:3}" --tag-output -np 1 "$quarrix" "$work/memory.qxm" $run : \
+        -np 1 sh -c "$(capped $run)" > "$work/rank1.out" 2> "$work/rank1.err"
+    check "rank 1 fails in the search ($run): status" "$?" 1
+    check "rank 1 fails in the search ($run): the message once" "$(grep -cF "$message" "$work/rank1.err")" 1
+    check "rank 1 fails in the search ($run): from rank 0" \
+        "$(grep -F "$message" "$work/rank1.err" | grep -c '^\[[0-9]*,0\]<stderr>:')" 1
+    sleep 1
+    check "rank 1 fails in the search ($run): no rank left" \
+        "$(pgrep -f -- "$work/memory.qxm" > /dev/null; echo $?)" 1
+done
 
 # An interrupt: mpirun hands it to the ranks, which end with status 1.
 "${launcher[@]}" "$quarrix" "$work/display.qxm" qxTimeBetweenDisplays=1000 > "$work/int.out" 2> "$work/int.err" &
