@@ -129,8 +129,12 @@ void ThreadEnv::initMoves(unsigned int k) {
                              {QX_MV_3FORKCYCLE_WEIGHTS, K3ForkCycleEnabled, MoveChain::ForkCycle, 3, weightScale},
                              {QX_MV_2FORKPATH_WEIGHTS, K2ForkPathEnabled, MoveChain::ForkPath, 2, weightScale},
                              {QX_MV_3FORKPATH_WEIGHTS, K3ForkPathEnabled, MoveChain::ForkPath, 3, weightScale}};
+    const bool violationTargeting = params.get(ViolationTargetingEnabled) != 0;
     for (const Chain& chain : chains)
-        if (isWanted(chain.weights, chain.enabling, k, MoveChain::isValidK(chain.shape, k, fixedFields)))
-            heuristic->addMove(new MoveChain(*dag, rand, *structure, chain.shape, k, chain.scale * chain.weights[k],
-                                             targetingValue, chain.nbBranches));
+        if (isWanted(chain.weights, chain.enabling, k, MoveChain::isValidK(chain.shape, k, fixedFields))) {
+            MoveChain* move = new MoveChain(*dag, rand, *structure, chain.shape, k, chain.scale * chain.weights[k],
+                                            targetingValue, chain.nbBranches);
+            move->setViolationTargeting(violationTargeting);
+            heuristic->addMove(move);
+        }
 }

@@ -98,9 +98,34 @@ bool MoveChain::pickRandomRootSum(bool freeOnly, unsigned int& sum, unsigned int
     return true;
 }
 
+bool MoveChain::pickViolatedRootSum(unsigned int& sum, unsigned int& boolean) {
+    const Bipartition& violated = dag.getPropagation().getViolatedConstraints();
+    if (violated.sizeIn() == 0) return false;
+    const DagFixedFields& fixed = dag.getFixedFields();
+    const unsigned int constraint = fixed.constraints()[violated.getRandomIn(quickrand)];
+    const unsigned int* children = fixed.childs(constraint);
+    for (unsigned int c = 0; c < fixed.nbChilds(constraint); ++c) {
+        const unsigned int index = fixedFields.rootSumIndex(children[c]);
+        if (index == KernelConstants::NO_NODE || isFreeSum(index)) continue;
+        const SumRange& range = fixedFields.getRange(index);
+        if (!range.ranged) continue;
+        const long long value = dag.currentValue(children[c]);
+        if (value >= range.lowest && value <= range.highest) continue;
+        const Bipartition& bools = structure.increasingBools(index);
+        const unsigned int position = value < range.lowest ? bools.getRandomIn(quickrand) : bools.getRandomOut(quickrand);
+        if (position == Bipartition::NONE) continue;
+        sum = index;
+        boolean = fixedFields.getRootSums()[index].booleans[position];
+        return true;
+    }
+    return false;
+}
+
 bool MoveChain::startPath(bool freeOnly) {
     unsigned int sum = 0, boolean = 0;
-    if (!(decideToTarget() && pickImprovingRootSum(freeOnly, sum, boolean)) &&
+    const bool targeted = decideToTarget();
+    const bool repairing = targeted && violationTargeting && !freeOnly && pickViolatedRootSum(sum, boolean);
+    if (!repairing && !(targeted && pickImprovingRootSum(freeOnly, sum, boolean)) &&
         !pickRandomRootSum(freeOnly, sum, boolean))
         return false;
     // A cycle that starts on a free sum would never come back to the

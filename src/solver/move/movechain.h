@@ -73,6 +73,10 @@ public:
               unsigned int utilRate, unsigned int targeting, unsigned int nbBranches = 1);
 
     bool modify() override;
+    // Cycles targeted while the solution is infeasible start from a
+    // violated constraint's sum (min-conflicts) rather than from the
+    // objective.
+    void setViolationTargeting(bool on) { violationTargeting = on; }
     // Whether the shape has a chain of size k in these fields.
     static bool isValidK(Shape shape, unsigned int k, const AutonomousFixedFields& fixed);
 
@@ -83,6 +87,10 @@ protected:
     // with the targeting probability, else random.
     bool startPath(bool freeOnly);
     bool pickImprovingRootSum(bool freeOnly, unsigned int& sum, unsigned int& boolean);
+    // While some constraint is violated: a violated constraint on a ranged
+    // root sum, and a boolean of that sum whose flip moves it back toward
+    // its range.
+    bool pickViolatedRootSum(unsigned int& sum, unsigned int& boolean);
     bool pickRandomRootSum(bool freeOnly, unsigned int& sum, unsigned int& boolean);
 
     // One flip settling an unsettled sum (the start sum of a cycle only with
@@ -131,6 +139,7 @@ protected:
     bool isFreeSum(unsigned int sum) const { return sum < fixedFields.getNbFreeRootSums(); }
 
     const AutonomousFixedFields& fixedFields;
+    bool violationTargeting = false;
     SumShifts& shifts;
     unsigned int startSum = 0;
     // Whether repair() counts the start sum: always for paths, for cycles

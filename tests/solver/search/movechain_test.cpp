@@ -120,6 +120,45 @@ TEST(MoveChainTest, BuiltCyclesKeepEveryAssignmentSumLevel) {
     EXPECT_GT(offDiagonal, 0u);
 }
 
+TEST(MoveChainTest, TargetedCyclesOfAnInfeasibleSolutionStartInAViolatedSum) {
+    // The identity without its first queen: row 0 and column 0 hold
+    // nothing, every other row and column is settled. With violation
+    // targeting, a targeted cycle's first flip raises a boolean of row 0 or
+    // column 0; without it, the start comes from the objective and lands
+    // elsewhere too.
+    Assignment a(6);
+    std::vector<long long> start(a.n * a.n, 0);
+    for (unsigned int i = 1; i < a.n; ++i) start[i * a.n + i] = 1;
+    for (bool targetingViolations : {true, false}) {
+        SCOPED_TRACE(targetingViolations ? "violation targeting" : "objective targeting");
+        std::unique_ptr<Dag> dag = a.g.makeDag(start);
+        Propagation& p = dag->getPropagation();
+        p.desactivateAllConstraints();
+        p.activateAllSatisfiedConstraints(*dag);
+        ASSERT_EQ(p.getViolatedConstraints().sizeIn(), 2u);
+        AutonomousStructure structure(*dag, *a.autonomous);
+        Quickrand rand(11);
+        MoveChain cycle(*dag, rand, structure, MoveChain::Cycle, 3, 1, 100);
+        cycle.setViolationTargeting(targetingViolations);
+        unsigned int built = 0, repairing = 0;
+        for (unsigned int i = 0; i < 300; ++i) {
+            if (!cycle.modify()) {
+                cycle.update(MoveInfeasible);
+                continue;
+            }
+            ++built;
+            const unsigned int first = p.getModifiedVariables().front();
+            const unsigned int position = static_cast<unsigned int>(
+                std::find(a.x.begin(), a.x.end(), first) - a.x.begin());
+            repairing += dag->currentValue(first) == 0 && (position / a.n == 0 || position % a.n == 0);
+            cycle.update(MoveRejected);
+        }
+        ASSERT_GT(built, 20u);
+        if (targetingViolations) EXPECT_EQ(repairing, built);
+        else EXPECT_LT(repairing, built);
+    }
+}
+
 TEST(MoveChainTest, KnapsackChainsStayWithinTheCapacityAndFindTheTradesFlipsMiss) {
     // From the stalled packing no single flip helps; every chain that is
     // built fits the capacity (a chain that cannot settle it is not
