@@ -25,6 +25,7 @@ const AdvancedParamInfo ADVANCED_PARAMS[NB_ADVANCED_PARAMS] = {
     {"exchangePeriod", 3, 1, 3600, true, "several processes (mpirun): seconds between exchanges of the best solution"},
     {"exchangeIterationPeriod", 0, 0, 2147483647, true, "several processes: iterations per thread between exchanges; 0: a tenth of an iteration limit without time limit, else by time"},
     {"restartShare", 50, 0, 100, true, "several processes: percentage of the other processes that restart from the best solution at an exchange"},
+    {"kIntervalEnabled", 1, 0, 1, false, "1: jobs of a time-indexed schedule (one-of-many rows over intervals of unit capacity rows) placed one after another at the start, inserted and swapped with the jobs between shifting"},
 };
 
 SearchParams::SearchParams() {

@@ -32,6 +32,7 @@ enum AdvancedParam : unsigned int {
     ExchangePeriod,
     ExchangeIterationPeriod,
     RestartShare,
+    KIntervalEnabled,
     NB_ADVANCED_PARAMS
 };
 
