@@ -49,6 +49,22 @@ bool MoveKInterval::drawJob(Placed& job, unsigned int other) {
     return found != 0;
 }
 
+bool MoveKInterval::drawNear(Placed& job, const Placed& other) {
+    // Within a few jobs' mean length of the other, on either side.
+    const long long reach = 3 * static_cast<long long>(rows.lineLength() / rows.nbRows()) + 1;
+    const long long place = static_cast<long long>(other.start) + quickrand.nextInt(2 * reach + 1) - reach;
+    if (place < 0 || place >= rows.lineLength()) return false;
+    const unsigned int sum = rows.lineSum(static_cast<unsigned int>(place));
+    const Bipartition& bools = structure.increasingBools(sum);
+    if (bools.sizeOut() != 1) return false;
+    unsigned int boolean = fixedFields.getRootSums()[sum].booleans[bools[bools.sizeIn()]];
+    unsigned int rank = dag.getFixedFields().variableIndex(boolean);
+    unsigned int row = rows.rowOf(rank);
+    if (row == other.row || placedBoolean(row) != boolean) return false;
+    job = {row, boolean, rows.startOf(rank)};
+    return true;
+}
+
 bool MoveKInterval::collect(unsigned int from, unsigned int to) {
     run.clear();
     const DagFixedFields& fixed = dag.getFixedFields();
@@ -82,7 +98,10 @@ bool MoveKInterval::place(const Placed& job, long long start) {
 
 bool MoveKInterval::modify() {
     Placed a{}, b{};
-    if (!drawJob(a, IntervalRows::NONE) || !drawJob(b, a.row)) return false;
+    if (!drawJob(a, IntervalRows::NONE)) return false;
+    // Half of the time the other job is a near one: late in a search most
+    // of the gains are local.
+    if (quickrand.nextInt(2) == 0 ? !drawNear(b, a) : !drawJob(b, a.row)) return false;
     if (kind == Insert) {
         const long long lengthA = rows.length(a.row), endA = a.start + lengthA;
         const long long endB = b.start + rows.length(b.row);

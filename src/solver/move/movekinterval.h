@@ -17,7 +17,9 @@
 // - Swap: two jobs exchange places; the jobs between shift by the
 //   difference of their lengths.
 // The first job is drawn at random or, targeted, as the costliest of a few
-// draws; the other at random. Only jobs placed once are moved, and a move
+// draws; the other at random, or half of the time as the job at a place
+// drawn within three mean lengths of the first's start. Only jobs placed
+// once are moved, and a move
 // whose run of jobs overlaps, or leaves a job without a boolean at its
 // new start, is not built. k is 1.
 class MoveKInterval : public MoveK {
@@ -39,6 +41,8 @@ private:
     // The row's boolean at 1 when it is the only one, NONE otherwise.
     unsigned int placedBoolean(unsigned int row) const;
     bool drawJob(Placed& job, unsigned int other);
+    // A job placed once covering a place drawn near `other`'s start.
+    bool drawNear(Placed& job, const Placed& other);
     // The jobs covering [from, to) in order into `run`; false when two
     // overlap or one reaches out of the span.
     bool collect(unsigned int from, unsigned int to);
