@@ -141,7 +141,10 @@ void Quarrix::createSolver(SolveGraphs& compiled, const SearchParams& params) {
         // greedy start instead, and failing that every constraint soft, to
         // be worked back in.
         const bool loaded = dag->loadSolution(start);
+        // A time-indexed schedule is placed job after job first: the greedy
+        // pass alone leaves jobs overlapping.
         if ((!loaded || dag->getPropagation().getViolatedConstraints().sizeIn() != 0) &&
+            !(params.get(KIntervalEnabled) != 0 && greedy.placeIntervals(dag, *autonomousFixedFields)) &&
             !greedy.computeSolution(dag))
             dag->getPropagation().desactivateAllConstraints();
         unsigned int seed = rand.nextInt(2147483647u);

@@ -3,6 +3,12 @@
 #include "api/kernelexception.h"
 #include "solver/kernel/bipartition.h"
 #include "solver/kernel/dag.h"
+#include "solver/kernel/quickrand.h"
+#include "solver/move/autonomousfixedfields.h"
+
+#include <algorithm>
+#include <numeric>
+#include <vector>
 
 bool GreedySolution::computeSolution(Dag* dag) const {
     if (!dag->isInit())
@@ -34,6 +40,68 @@ bool GreedySolution::computeSolution(Dag* dag) const {
             propagation.rollback(*dag);
         }
     }
+    propagation.check(*dag);
+    return propagation.getActiveConstraints().sizeOut() == 0;
+}
+
+bool GreedySolution::placeIntervals(Dag* dag, const AutonomousFixedFields& sums) const {
+    const IntervalRows& rows = sums.getIntervals();
+    const DagFixedFields& fixed = dag->getFixedFields();
+    Propagation& propagation = dag->getPropagation();
+    if (rows.empty()) return false;
+    // What each boolean costs on the objective sums while at 1.
+    auto costOf = [&](unsigned int boolean) {
+        __int128 cost = 0;
+        for (const RootBool::Entry& entry : sums.getRootBool(fixed.variableIndex(boolean)).freeEntries())
+            cost -= static_cast<__int128>(sums.objectiveSign(entry.sum)) * entry.coefficient;
+        return cost;
+    };
+    std::vector<unsigned int> order(rows.nbRows()), latest(rows.nbRows(), 0);
+    std::iota(order.begin(), order.end(), 0u);
+    for (unsigned int row = 0; row < rows.nbRows(); ++row) {
+        __int128 least = 0;
+        for (unsigned int i = 0; i < rows.sizeOf(row); ++i) {
+            unsigned int boolean = rows.firstOf(row)[i];
+            __int128 cost = costOf(boolean);
+            if (i == 0 || cost <= least) {
+                latest[row] = rows.startOf(fixed.variableIndex(boolean));
+                least = cost;
+            }
+        }
+    }
+    // Ties in random order.
+    for (unsigned int i = rows.nbRows(); i > 1; --i) std::swap(order[i - 1], order[quickrand->nextInt(i)]);
+    std::stable_sort(order.begin(), order.end(), [&](unsigned int a, unsigned int b) { return latest[a] < latest[b]; });
+    std::vector<unsigned int> busy(rows.lineLength() + 1, 0), chosen(rows.nbRows());
+    for (unsigned int row : order) {
+        // Overlaps by start from the prefix sums of the places' loads.
+        for (unsigned int place = 0; place < rows.lineLength(); ++place) busy[place + 1] += busy[place];
+        unsigned int best = 0, bestOverlap = 0;
+        for (unsigned int i = 0; i < rows.sizeOf(row); ++i) {
+            unsigned int start = rows.startOf(fixed.variableIndex(rows.firstOf(row)[i]));
+            unsigned int overlap = busy[start + rows.length(row)] - busy[start];
+            if (i == 0 || overlap < bestOverlap) {
+                best = i;
+                bestOverlap = overlap;
+            }
+        }
+        for (unsigned int place = rows.lineLength(); place > 0; --place) busy[place] -= busy[place - 1];
+        chosen[row] = rows.firstOf(row)[best];
+        unsigned int start = rows.startOf(fixed.variableIndex(chosen[row]));
+        for (unsigned int place = start; place < start + rows.length(row); ++place) ++busy[place + 1];
+    }
+    propagation.desactivateAllConstraints();
+    for (unsigned int row = 0; row < rows.nbRows(); ++row)
+        for (unsigned int i = 0; i < rows.sizeOf(row); ++i) {
+            unsigned int boolean = rows.firstOf(row)[i];
+            propagation.modifyVariable(*dag, boolean, boolean == chosen[row] ? 1 : 0);
+        }
+    if (!propagation.eval(*dag)) {
+        propagation.rollback(*dag);
+        return false;
+    }
+    propagation.commit(*dag);
+    propagation.activateAllSatisfiedConstraints(*dag);
     propagation.check(*dag);
     return propagation.getActiveConstraints().sizeOut() == 0;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+class AutonomousFixedFields;
 class Dag;
 class Quickrand;
 
@@ -19,6 +20,14 @@ public:
 
     // True when the Dag ends with every constraint active (feasible).
     bool computeSolution(Dag* dag) const;
+    // Where the model is a time-indexed schedule (IntervalRows), each job
+    // takes, in the order of the latest start at which it still costs the
+    // least, the boolean that overlaps the fewest jobs already placed, the
+    // earliest of those: the jobs one after another, each at its cheapest
+    // in that order. The other booleans of the jobs' rows go to 0. True
+    // when the Dag ends feasible; every constraint is left inactive
+    // otherwise, for computeSolution to go on from there.
+    bool placeIntervals(Dag* dag, const AutonomousFixedFields& sums) const;
 
 private:
     Quickrand* quickrand;

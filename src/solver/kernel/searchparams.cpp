@@ -26,6 +26,7 @@ const AdvancedParamInfo ADVANCED_PARAMS[NB_ADVANCED_PARAMS] = {
     {"exchangeIterationPeriod", 0, 0, 2147483647, true, "several processes: iterations per thread between exchanges; 0: a tenth of an iteration limit without time limit, else by time"},
     {"restartShare", 50, 0, 100, true, "several processes: percentage of the other processes that restart from the best solution at an exchange"},
     {"violationTargetingEnabled", 1, 0, 1, false, "1: while infeasible, targeted cycles start from a violated constraint's sum"},
+    {"kIntervalEnabled", 1, 0, 1, false, "1: jobs of a time-indexed schedule (one-of-many rows over intervals of unit capacity rows) placed one after another at the start, inserted and swapped with the jobs between shifting"},
 };
 
 SearchParams::SearchParams() {

@@ -33,6 +33,7 @@ enum AdvancedParam : unsigned int {
     ExchangeIterationPeriod,
     RestartShare,
     ViolationTargetingEnabled,
+    KIntervalEnabled,
     NB_ADVANCED_PARAMS
 };
 

@@ -7,6 +7,7 @@
 #include "solver/move/movekbalance.h"
 #include "solver/move/movekflip.h"
 #include "solver/move/movekgate.h"
+#include "solver/move/movekinterval.h"
 #include "solver/move/movekreversal.h"
 #include "solver/move/movekswap.h"
 #include "solver/move/movesimplekflip.h"
@@ -25,6 +26,8 @@ const unsigned int QX_MV_2FORKPATH_WEIGHTS[16] = {0, 0, 0, 1};
 const unsigned int QX_MV_3FORKPATH_WEIGHTS[16] = {0, 0, 0, 1};
 // Each gate move's weight, where the model has gates.
 const unsigned int GATE_WEIGHT = 8;
+// Each interval move's weight, where the model has a time-indexed schedule.
+const unsigned int INTERVAL_WEIGHT = 16;
 }  // namespace MoveWeights
 
 ThreadEnv::ThreadEnv(const SearchParams& params, Dag* dag, const AutonomousFixedFields* fixedFields,
@@ -86,6 +89,10 @@ void ThreadEnv::initHeuristic(const AutonomousFixedFields* fixedFields, unsigned
                 heuristic->addMove(new MoveKGate(*dag, heuristic->getQuickrand(), *structure, kinds[i],
                                                  weightScale * MoveWeights::GATE_WEIGHT, targeting()));
     }
+    if (params.get(KIntervalEnabled) != 0 && MoveKInterval::isValid(*fixedFields))
+        for (MoveKInterval::Kind kind : {MoveKInterval::Insert, MoveKInterval::Swap})
+            heuristic->addMove(new MoveKInterval(*dag, heuristic->getQuickrand(), *structure, kind,
+                                                 weightScale * MoveWeights::INTERVAL_WEIGHT, targeting()));
     for (unsigned int i = 0; i < params.objectiveBounds.size(); ++i)
         heuristic->setObjectiveBound(i, params.objectiveBounds[i]);
 }

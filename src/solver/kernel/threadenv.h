@@ -19,6 +19,7 @@ extern const unsigned int QX_MV_3FORKCYCLE_WEIGHTS[16];
 extern const unsigned int QX_MV_2FORKPATH_WEIGHTS[16];
 extern const unsigned int QX_MV_3FORKPATH_WEIGHTS[16];
 extern const unsigned int GATE_WEIGHT;
+extern const unsigned int INTERVAL_WEIGHT;
 }  // namespace MoveWeights
 
 // One search thread's objects: its heuristic with its moves, move filter and

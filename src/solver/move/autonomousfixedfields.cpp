@@ -24,6 +24,7 @@ AutonomousFixedFields::AutonomousFixedFields(const DagFixedFields& fixed)
     initFreeBooleans();
     initMonoConstrainedBooleans();
     gates = std::make_unique<GateLinks>(fixed, *this);
+    intervals = std::make_unique<IntervalRows>(*this);
 }
 
 bool AutonomousFixedFields::isRootBool(const DagFixedFields& fixed, unsigned int node) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "solver/move/gatelinks.h"
+#include "solver/move/intervalrows.h"
 
 #include <memory>
 #include <vector>
@@ -132,6 +133,7 @@ public:
     unsigned int placeOf(unsigned int sum) const { return places[sum]; }
     unsigned int getNbBalanceNodes() const { return static_cast<unsigned int>(balanceNodes.size()); }
     const GateLinks& getGates() const { return *gates; }
+    const IntervalRows& getIntervals() const { return *intervals; }
     // A constraint lies at or above the node: it does not only feed
     // objectives.
     bool isUnderConstraint(unsigned int node) const { return underConstraint[node] != 0; }
@@ -171,4 +173,5 @@ private:
     std::vector<unsigned int> sequenceIndices;
     std::vector<unsigned int> places;
     std::unique_ptr<GateLinks> gates;
+    std::unique_ptr<IntervalRows> intervals;
 };

@@ -401,6 +401,7 @@ TEST(KernelDifferentialTest, EveryFamilyBeyond65534Children) {
 #include "solver/kernel/threadenv.h"
 #include "solver/move/autonomousfixedfields.h"
 #include "../search/gatedmodels.h"
+#include "../search/schedulemodels.h"
 
 #include <map>
 
@@ -583,6 +584,37 @@ TEST(SearchDifferentialTest, GateMovesKeepTheGraphExact) {
         }
     }
     for (const char* kind : {"GateClose", "GateOpen", "GateSwap"}) {
+        EXPECT_GT(counts[kind].first, 1000u) << kind;
+        EXPECT_GT(counts[kind].second, 0u) << kind;
+    }
+}
+
+// Time-indexed schedules, tight or with idle time, from jobs back to back,
+// from the start that places them, or all 0 (then the greedy pass): the
+// interval moves keep the graph exact too, and are tried and taken.
+TEST(SearchDifferentialTest, IntervalMovesKeepTheGraphExact) {
+    MoveCounts counts;
+    const Range any{-(static_cast<__int128>(1) << 62), static_cast<__int128>(1) << 62};
+    for (unsigned int seed = 1; seed <= 9 && !::testing::Test::HasFatalFailure(); ++seed) {
+        ScheduleModels::Schedule model(5 + seed % 4, 4, seed % 3 == 0 ? 0 : 3, seed);
+        std::vector<Range> ranges(model.g.fixed.nbNodes(), any);
+        std::vector<long long> start = model.start;
+        if (seed % 3 == 1) {
+            auto dag = model.g.makeDag();
+            AutonomousFixedFields fields(model.g.fixed);
+            Quickrand rand(seed);
+            ASSERT_TRUE(GreedySolution(&rand).placeIntervals(dag.get(), fields));
+            for (unsigned int r = 0; r < model.g.fixed.nbVariables(); ++r)
+                start[r] = dag->currentValue(model.g.fixed.variables()[r]);
+        } else if (seed % 3 == 2) {
+            start.clear();
+        }
+        for (int level : {0, 3}) {
+            SCOPED_TRACE("schedule seed " + std::to_string(seed) + " annealing level " + std::to_string(level));
+            runSearch(model.g, ranges, seed, level, 2500, counts, start);
+        }
+    }
+    for (const char* kind : {"IntervalInsert", "IntervalSwap"}) {
         EXPECT_GT(counts[kind].first, 1000u) << kind;
         EXPECT_GT(counts[kind].second, 0u) << kind;
     }
