@@ -157,7 +157,8 @@ void KeptScoresFixed::collectEntries(const DagFixedFields& fixed) {
                 unsigned int parent = fixed.parent(node, k), position = fixed.positionInParent(node, k);
                 if (rowOf[parent] != NONE) {
                     if (pass == 1)
-                        rowEntries[rowOffsets[b] + nbRows] = {rowOf[parent], termCoefficient(fixed, parent, position)};
+                        rowEntries[rowOffsets[b] + nbRows] = {rowOf[parent], termCoefficient(fixed, parent, position),
+                                                              position};
                     ++nbRows;
                     continue;
                 }
@@ -168,7 +169,8 @@ void KeptScoresFixed::collectEntries(const DagFixedFields& fixed) {
                 }
                 if (parent == roots[r].node) {
                     if (pass == 1)
-                        linears[linearOffsets[b] + nbLinears] = {r, termCoefficient(fixed, parent, position)};
+                        linears[linearOffsets[b] + nbLinears] = {r, termCoefficient(fixed, parent, position), NONE,
+                                                                 position};
                     ++nbLinears;
                     continue;
                 }
@@ -178,19 +180,23 @@ void KeptScoresFixed::collectEntries(const DagFixedFields& fixed) {
                 long long coefficient = termCoefficient(fixed, root, slots[0]);
                 if (fixed.type(parent) == Not) {
                     // c * (1 - x): a linear term of coefficient -c.
-                    if (pass == 1) linears[linearOffsets[b] + nbLinears] = {r, -coefficient};
+                    if (pass == 1) linears[linearOffsets[b] + nbLinears] = {r, -coefficient, parent, slots[0]};
                     ++nbLinears;
                     continue;
                 }
                 if (pass == 1) {
                     unsigned int other = fixed.child(parent, 1 - position);
                     NodeType type = fixed.type(parent);
+                    const unsigned char kind = type == ScalarProduct ? SCALED_TERM
+                                               : isComparison(type)  ? COMPARISON_TERM
+                                                                     : LOGIC_TERM;
                     if (type == ScalarProduct) {
                         const long long factor = WrapArith::mul(fixed.coefficient(parent, 0), fixed.coefficient(parent, 1));
                         coefficient = WrapArith::mul(coefficient, factor);
                         type = Product;
                     }
-                    pairs[pairOffsets[b] + nbPairs] = {other, r, coefficient, tableOf(type, position == 0)};
+                    pairs[pairOffsets[b] + nbPairs] = {other, r, coefficient, tableOf(type, position == 0),
+                                                       parent, slots[0], static_cast<unsigned char>(position), kind};
                 }
                 ++nbPairs;
             }
@@ -434,4 +440,71 @@ bool KeptScores::commit(const Dag& dag, const std::vector<unsigned int>& modifie
         pending[b] = 0;
     }
     return true;
+}
+
+void KeptScores::commitGraph(Dag& dag, Propagation& propagation, const std::vector<unsigned int>& modified) {
+    const DagFixedFields& f = dag.getFixedFields();
+    // The booleans first: a term then reads its final value from its two
+    // children, whichever of them flipped.
+    for (unsigned int u : modified) {
+        dag.setCurrentValue(u, dag.newValue(u));
+        dag.clearModified(u);
+    }
+    auto set = [&](unsigned int node, long long value) {
+        dag.setCurrentValue(node, value);
+        dag.setNewValue(node, value);
+    };
+    const std::vector<KeptScoresFixed::Root>& roots = fixed.getRoots();
+    for (unsigned int u : modified) {
+        const unsigned int b = f.variableIndex(u);
+        const long long xu = dag.currentValue(u), before = 1 - xu;
+        for (const KeptScoresFixed::Pair* e = fixed.pairsBegin(b); e != fixed.pairsEnd(b); ++e) {
+            if (e->kind != KeptScoresFixed::COMPARISON_TERM)
+                dag.getNode(e->term)->refreshChild(dag, e->term, e->position, before);
+            long long value = KeptScoresFixed::bit(e->table, xu, dag.currentValue(e->other));
+            if (value != 0 && e->kind == KeptScoresFixed::SCALED_TERM)
+                value = WrapArith::mul(f.coefficient(e->term, 0), f.coefficient(e->term, 1));
+            const long long old = dag.currentValue(e->term);
+            // A term of two flipped booleans changes once, at its first visit.
+            if (value == old) continue;
+            set(e->term, value);
+            const unsigned int root = roots[e->root].node;
+            dag.getNode(root)->refreshChild(dag, root, e->rootPosition, old);
+        }
+        for (const KeptScoresFixed::Linear* e = fixed.linearsBegin(b); e != fixed.linearsEnd(b); ++e) {
+            long long old = before;
+            if (e->term != NONE) {
+                old = xu;
+                set(e->term, before);
+            }
+            const unsigned int root = roots[e->root].node;
+            dag.getNode(root)->refreshChild(dag, root, e->rootPosition, old);
+        }
+        const long long sign = xu == 1 ? 1 : -1;
+        for (const KeptScoresFixed::RowEntry* e = fixed.rowsBegin(b); e != fixed.rowsEnd(b); ++e) {
+            const unsigned int sum = fixed.getRows()[e->row].sum;
+            dag.getNode(sum)->refreshChild(dag, sum, e->position, before);
+            if (rowMarks[e->row] == 0) {
+                rowMarks[e->row] = 1;
+                touchedRows.push_back(e->row);
+            }
+            rowShifts[e->row] += sign * e->coefficient;
+        }
+    }
+    for (unsigned int row : touchedRows) {
+        const long long shift = rowShifts[row];
+        rowShifts[row] = 0;
+        rowMarks[row] = 0;
+        if (shift == 0) continue;
+        const KeptScoresFixed::Row& r = fixed.getRows()[row];
+        const long long after = dag.currentValue(r.sum) + shift;
+        set(r.sum, after);
+        const long long holds = NodeComparison::holds(r.type, r.sumFirst ? after : r.constant,
+                                                      r.sumFirst ? r.constant : after) ? 1 : 0;
+        dag.setNewValue(r.node, holds);
+        propagation.commitConstraint(dag, r.node);
+        dag.setCurrentValue(r.node, holds);
+    }
+    touchedRows.clear();
+    for (const KeptScoresFixed::Root& root : roots) dag.setCurrentValue(root.node, dag.newValue(root.node));
 }

@@ -37,19 +37,31 @@ public:
     };
     // Of a boolean u in a term with another boolean w: table bit 2*u + w is
     // the term's value. A boolean's pairs are sorted by the other boolean.
+    // The last fields place the term in the graph, for commits.
     struct Pair {
         unsigned int other;
         unsigned int root;
         long long coefficient;
         unsigned int table;
+        unsigned int term;          // the term's node
+        unsigned int rootPosition;  // the term's position in the root
+        unsigned char position;     // u's position in the term
+        unsigned char kind;         // COMPARISON_TERM, LOGIC_TERM or SCALED_TERM
     };
+    // Comparisons keep nothing of their children; a scaled product's value
+    // is its factors' product times the table's bit.
+    static constexpr unsigned char COMPARISON_TERM = 0, LOGIC_TERM = 1, SCALED_TERM = 2;
+    // A boolean in a root, directly or negated (term: the Not node).
     struct Linear {
         unsigned int root;
         long long coefficient;
+        unsigned int term;          // NO_NODE when direct
+        unsigned int rootPosition;
     };
     struct RowEntry {
         unsigned int row;
         long long coefficient;
+        unsigned int position;      // in the row's sum
     };
 
     bool isEmpty() const { return roots.empty() && rows.empty(); }
@@ -127,6 +139,13 @@ public:
     // booleans. False when a kept boolean leaves 0 and 1: the scores are
     // then unusable until reset() finds every kept boolean back in them.
     bool commit(const Dag& dag, const std::vector<unsigned int>& modified);
+    // After commit, for a move that eval() judged: commits it in the graph
+    // without propagation, since every node it changes is a root, a term, a
+    // row or its sum: the booleans, then each term they touch from the
+    // table, the roots from eval's values, the rows from their sums, and
+    // every node's own bookkeeping. The variables' modified flags are
+    // cleared; the move's lists are the caller's to empty.
+    void commitGraph(Dag& dag, Propagation& propagation, const std::vector<unsigned int>& modified);
 
     // Targeting from the gains: per root, the booleans whose flip alone
     // improves it in its objective's direction, kept with the gains while

@@ -58,6 +58,8 @@ void Node::rollback(Dag& dag, unsigned int node) { dag.setNewValue(node, dag.cur
 
 void Node::modifiedNodesSetIn(unsigned int, const DagFixedFields&, unsigned int) {}
 
+void Node::refreshChild(const Dag&, unsigned int, unsigned int, long long) {}
+
 bool NodeInner::isInit(const Dag& dag, unsigned int node) const {
     return Node::isInit(dag, node) && isValueInit(dag, node);
 }

@@ -44,6 +44,11 @@ public:
     // The child at `position` changed in this evaluation.
     virtual void modifiedNodesSetIn(unsigned int position, const DagFixedFields& fixed,
                                     unsigned int node);
+    // Outside the evaluation cycle: the child at `position` was committed
+    // to a new value (already the Dag's current one; `before` the one it
+    // replaced), and the node brings its own bookkeeping along. Its value
+    // is the caller's to set. For moves committed without propagation.
+    virtual void refreshChild(const Dag& dag, unsigned int node, unsigned int position, long long before);
 };
 
 // Operators: a value computed from children.

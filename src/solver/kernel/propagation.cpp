@@ -229,6 +229,17 @@ bool Propagation::evalScheduled(Dag& dag) {
 // high levels first; a node's commit reads only its own state and its
 // children's new values, so the exact order does not matter.
 void Propagation::commit(Dag& dag) {
+    if (keptEvaluated && kept->commit(dag, modifiedVariables)) {
+        // Every node the move changes is in the kept structure: committed
+        // there, term by term, without scheduling anything.
+        keptEvaluated = false;
+        satisfiedByLastCommit.clear();
+        kept->commitGraph(dag, *this, modifiedVariables);
+        notifyCommitListeners();
+        endMove();
+        endCommit();
+        return;
+    }
     if (keptEvaluated) {
         // The graph catches up: from the move's start, as if never evaluated.
         keptEvaluated = false;
@@ -257,6 +268,10 @@ void Propagation::commit(Dag& dag) {
     if (!keptFollowed) kept->reset(dag);
     notifyCommitListeners();
     endMove();
+    endCommit();
+}
+
+void Propagation::endCommit() {
     if (tViolatedConstraintsCost == 0 && activeConstraints.sizeOut() != 0) activateAllConstraints();
     violatedConstraintsCost = tViolatedConstraintsCost;
     nbViolatedConstraints = tNbViolatedConstraints;

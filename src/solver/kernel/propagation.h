@@ -123,6 +123,8 @@ private:
     bool drainQueue(Dag& dag);
     // Empties the move's lists once its nodes are committed or rolled back.
     void endMove();
+    // The committed state's totals after a commit.
+    void endCommit();
     unsigned int popLowestLevel(unsigned int pass);
 
     unsigned long long tNbViolatedConstraints = 0;

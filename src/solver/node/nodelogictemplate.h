@@ -43,6 +43,19 @@ public:
         Node::eval(dag, propagation, node);
     }
 
+    bool isInit(const Dag& dag, unsigned int node) const override {
+        if (!NodeInner::isInit(dag, node)) return false;
+        const DagFixedFields& fixed = dag.getFixedFields();
+        for (unsigned int i = 0; i < fixed.nbChilds(node); ++i) {
+            bool isTrue = dag.currentValue(fixed.child(node, i)) != 0;
+            if (trueChilds.contains(i) != isTrue || falseChilds.contains(i) == isTrue) return false;
+        }
+        return true;
+    }
+    void refreshChild(const Dag& dag, unsigned int node, unsigned int position, long long) override {
+        place(position, dag.currentValue(dag.getFixedFields().child(node, position)) != 0);
+    }
+
     void commit(Dag& dag, unsigned int node) override {
         const DagFixedFields& fixed = dag.getFixedFields();
         this->modified.forEach([&](unsigned int i) { place(i, dag.newValue(fixed.child(node, i)) != 0); });

@@ -72,10 +72,30 @@ protected:
         if (up) canIncrease.add(i); else canIncrease.remove(i);
         if (down) canDecrease.add(i); else canDecrease.remove(i);
     }
+    // The candidate sets say what the children's committed values say.
+    bool candidatesMatch(const Dag& dag, unsigned int node) const {
+        const DagFixedFields& fixed = dag.getFixedFields();
+        for (unsigned int i = 0; i < fixed.nbChilds(node); ++i) {
+            unsigned int child = fixed.child(node, i);
+            long long c = coefficient(fixed, node, i), value = dag.currentValue(child);
+            bool up = value < fixed.upperBound(child), down = value > fixed.lowerBound(child);
+            if (c < 0) std::swap(up, down);
+            if (c == 0) up = down = false;
+            if (canIncrease.contains(i) != up || canDecrease.contains(i) != down) return false;
+        }
+        return true;
+    }
     void initCandidates(const Dag& dag, unsigned int node) {
         const DagFixedFields& fixed = dag.getFixedFields();
         for (unsigned int i = 0; i < fixed.nbChilds(node); ++i)
             updateCandidates(fixed, node, i, dag.currentValue(fixed.child(node, i)));
+    }
+    bool isInit(const Dag& dag, unsigned int node) const override {
+        return NodeInner::isInit(dag, node) && candidatesMatch(dag, node);
+    }
+    void refreshChild(const Dag& dag, unsigned int node, unsigned int position, long long) override {
+        const DagFixedFields& fixed = dag.getFixedFields();
+        updateCandidates(fixed, node, position, dag.currentValue(fixed.child(node, position)));
     }
     // Candidates of the modified children, then the default commit.
     void commit(Dag& dag, unsigned int node) override {

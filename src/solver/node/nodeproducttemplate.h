@@ -73,6 +73,27 @@ public:
         Base::commit(dag, node);
     }
 
+    bool isInit(const Dag& dag, unsigned int node) const override {
+        if (!Base::isInit(dag, node)) return false;
+        const DagFixedFields& fixed = dag.getFixedFields();
+        for (unsigned int i = 0; i < fixed.nbChilds(node); ++i)
+            if (zeros.contains(i) != (Base::term(fixed, dag.currentValuesData(), node, i) == 0)) return false;
+        return !exact || nonZeroProduct == nonZeroProductOf(fixed, dag.currentValuesData(), node);
+    }
+    void refreshChild(const Dag& dag, unsigned int node, unsigned int position, long long before) override {
+        const DagFixedFields& fixed = dag.getFixedFields();
+        long long from = Scaled() ? WrapArith::mul(fixed.coefficient(node, position), before) : before;
+        long long to = Base::term(fixed, dag.currentValuesData(), node, position);
+        if (to == 0) zeros.add(position); else zeros.remove(position);
+        // Without exactness the kept product is not used (eval recomputes).
+        if (exact && from != to) {
+            if (from != 0) nonZeroProduct /= from;
+            if (to != 0) nonZeroProduct *= to;
+        }
+        pendingProduct = nonZeroProduct;
+        Base::refreshChild(dag, node, position, before);
+    }
+
     // The sign of the other factors decides which way a factor must move;
     // rather than tracking it, ask a random factor for a random direction.
     bool findIncreasingBoolean(const Dag& dag, Quickrand& rand, unsigned int& boolean,
@@ -101,6 +122,16 @@ private:
         long long value = 1;
         for (unsigned int i = 0; i < fixed.nbChilds(node); ++i)
             value = WrapArith::mul(value, Base::term(fixed, values, node, i));
+        return value;
+    }
+
+    static constexpr bool Scaled() { return T == ScalarProduct; }
+    static long long nonZeroProductOf(const DagFixedFields& fixed, ValueView values, unsigned int node) {
+        long long value = 1;
+        for (unsigned int i = 0; i < fixed.nbChilds(node); ++i) {
+            long long t = Base::term(fixed, values, node, i);
+            if (t != 0) value = WrapArith::mul(value, t);
+        }
         return value;
     }
 
