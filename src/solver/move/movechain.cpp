@@ -229,7 +229,8 @@ unsigned int MoveChain::bestOpposite(SumSide side, long long enough, bool weighW
 // asked for level by level, so that they overlap instead of queueing.
 void MoveChain::prefetchDraws(const std::vector<unsigned int>& booleans, const Bipartition& bools,
                               unsigned int first, unsigned int n, unsigned int offset) const {
-    Quickrand ahead = quickrand;
+    // The state alone: copying the generator would copy its scratch lists.
+    Quickrand ahead(quickrand.getState());
     unsigned int drawn[OPPOSITE_DRAWS];
     for (unsigned int draw = 0; draw < OPPOSITE_DRAWS; ++draw) {
         drawn[draw] = booleans[bools[first + (draw == 0 ? offset : ahead.nextInt(n))]];
