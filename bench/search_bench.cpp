@@ -2,9 +2,9 @@
 // kernel graphs, searched by one thread (as a solve sets it up: greedy start,
 // default moves and annealing) for a fixed number of iterations. Prints
 // iterations per second, the share of accepted and improving moves, the
-// nodes evaluated per iteration and the time per evaluated node (to compare
-// with the kernel benchmark), and the objective reached beside a simple
-// constructive reference.
+// nodes evaluated through the graph per iteration (none where the kept
+// scores judge and commit every move) and the time per iteration, and the
+// objective reached beside a simple constructive reference.
 //
 // Usage: bench_search [iterations per instance, default 2000000] [family]
 //        [annealing level, default 1]
@@ -169,10 +169,10 @@ void run(const char* name, long long (*build)(GraphFiller&, Quickrand&), unsigne
     unsigned long long evaluated = dag.getPropagation().getNbEvaluatedNodes() - evaluatedBefore;
     double iterations = static_cast<double>(h.getNbIterations());
     std::printf("%-9s nodes %6u moves %2u  %llu itr in %5.2f s: %9.0f itr/s  accepted %5.1f%%  improving %6.3f%%  "
-                "%5.1f nodes/itr  %5.1f ns/node  objective %lld (start %lld, reference %lld)%s\n",
+                "%5.1f graph nodes/itr  %6.0f ns/itr  objective %lld (start %lld, reference %lld)%s\n",
                 name, fixed.nbNodes(), h.getNbMoves(), h.getNbIterations(), seconds, iterations / seconds,
                 100.0 * h.getNbAccepted() / iterations, 100.0 * h.getNbImprovements() / iterations,
-                evaluated / iterations, seconds * 1e9 / evaluated, h.getBestSolution().getObjectiveValues()[0], start,
+                evaluated / iterations, seconds * 1e9 / iterations, h.getBestSolution().getObjectiveValues()[0], start,
                 reference, h.getBestSolution().getNbViolatedConstraints() ? " INFEASIBLE" : "");
 }
 
