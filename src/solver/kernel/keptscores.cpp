@@ -157,7 +157,7 @@ void KeptScoresFixed::collectEntries(const DagFixedFields& fixed) {
                 unsigned int parent = fixed.parent(node, k), position = fixed.positionInParent(node, k);
                 if (rowOf[parent] != NONE) {
                     if (pass == 1)
-                        rowEntries[rowOffsets[b] + nbRows] = {rowOf[parent], termCoefficient(fixed, parent, position),
+                        rowEntries[rowOffsets[b] + nbRows] = {termCoefficient(fixed, parent, position), rowOf[parent],
                                                               position};
                     ++nbRows;
                     continue;

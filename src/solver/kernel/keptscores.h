@@ -58,9 +58,10 @@ public:
         unsigned int term;          // NO_NODE when direct
         unsigned int rootPosition;
     };
+    // The coefficient first: 16 bytes, as there may be millions of them.
     struct RowEntry {
-        unsigned int row;
         long long coefficient;
+        unsigned int row;
         unsigned int position;      // in the row's sum
     };
 

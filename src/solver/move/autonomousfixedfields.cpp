@@ -112,6 +112,10 @@ void AutonomousFixedFields::initRange(SumRange& sum, const std::vector<char>& un
 
 bool AutonomousFixedFields::addRootSum(unsigned int node) {
     RootSum sum{node, {}, {}};
+    // Sized once: grown by doubling, the lists of a model with millions of
+    // booleans would hold up to twice their memory.
+    sum.booleans.reserve(fixed.nbChilds(node));
+    sum.coefficients.reserve(fixed.nbChilds(node));
     for (unsigned int i = 0; i < fixed.nbChilds(node); ++i) {
         unsigned int child = fixed.child(node, i);
         if (!isRootBool(fixed, child)) continue;
