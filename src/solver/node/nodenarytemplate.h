@@ -5,9 +5,11 @@
 #include "solver/kernel/mathoverflow.h"
 #include "solver/kernel/node.h"
 #include "solver/kernel/quickrand.h"
+#include "solver/kernel/subset.h"
 #include "solver/kernel/subsetlist.h"
 #include "solver/kernel/temporarydagfixedfields.h"
 
+#include <type_traits>
 #include <utility>
 
 // Base of the n-ary operator families. S is the subset representation chosen
@@ -36,11 +38,23 @@ protected:
 // (coefficient 1 unless Scaled). It keeps, for the search, the positions
 // whose term can still decrease or increase given the child's bounds;
 // these candidate sets are updated at commit, for modified children only.
+//
+// Split: a wide sum whose every term takes two values (a boolean, a
+// comparison, times a non-zero coefficient) keeps canDecrease alone, the
+// terms at their high value; the others are exactly those that can
+// increase, the rest of the same sparse set's permutation. One update per
+// changed term instead of two, on the sums a move changes most.
+template <class S> struct IsSparseSubset : std::false_type {};
+template <class T> struct IsSparseSubset<Subset<T>> : std::true_type {};
+
 template <class S, bool Scaled>
 class NodeTermsTemplate : public NodeNaryTemplate<S> {
 public:
-    NodeTermsTemplate(const DagFixedFields& fixed, unsigned int node)
-        : NodeNaryTemplate<S>(fixed, node), canDecrease(fixed.nbChilds(node)), canIncrease(fixed.nbChilds(node)) {}
+    NodeTermsTemplate(const DagFixedFields& fixed, unsigned int node, bool maySplit = false)
+        : NodeNaryTemplate<S>(fixed, node),
+          split(maySplit && IsSparseSubset<S>::value && hasTwoValuedTerms(fixed, node)),
+          canDecrease(fixed.nbChilds(node)),
+          canIncrease(split ? 0 : fixed.nbChilds(node)) {}
 
 protected:
     static long long coefficient(const DagFixedFields& fixed, unsigned int node, unsigned int i) {
@@ -69,7 +83,9 @@ protected:
         bool down = childValue > fixed.lowerBound(child);
         if (c < 0) std::swap(up, down);
         if (c == 0) up = down = false;
-        if (up) canIncrease.add(i); else canIncrease.remove(i);
+        if (!split) {
+            if (up) canIncrease.add(i); else canIncrease.remove(i);
+        }
         if (down) canDecrease.add(i); else canDecrease.remove(i);
     }
     // The candidate sets say what the children's committed values say.
@@ -81,7 +97,8 @@ protected:
             bool up = value < fixed.upperBound(child), down = value > fixed.lowerBound(child);
             if (c < 0) std::swap(up, down);
             if (c == 0) up = down = false;
-            if (canIncrease.contains(i) != up || canDecrease.contains(i) != down) return false;
+            if ((split ? !canDecrease.contains(i) : canIncrease.contains(i)) != up || canDecrease.contains(i) != down)
+                return false;
         }
         return true;
     }
@@ -114,6 +131,15 @@ protected:
         long long value = dag.currentValue(node);
         if (increase ? value >= fixed.upperBound(node) : value <= fixed.lowerBound(node)) return false;
         if (set == nullptr) return this->findRandomBoolean(dag, rand, boolean, node);
+        if (split && set == &canIncrease) {
+            // The terms that can increase: the rest of canDecrease's
+            // permutation (members beyond its size, in a sparse set).
+            unsigned int n = fixed.nbChilds(node), high = canDecrease.size();
+            if (high == n) return false;
+            unsigned int i = canDecrease.nth(high + rand.nextInt(n - high));
+            bool increaseChild = coefficient(fixed, node, i) > 0;
+            return findChildBoolean(dag, rand, boolean, fixed.child(node, i), increaseChild);
+        }
         return findInSet(dag, rand, boolean, node, *set, increase);
     }
     // Draws one position of `set` and asks its child for a boolean that
@@ -127,6 +153,16 @@ protected:
         return findChildBoolean(dag, rand, boolean, fixed.child(node, i), increaseChild);
     }
 
+    static bool hasTwoValuedTerms(const DagFixedFields& fixed, unsigned int node) {
+        for (unsigned int i = 0; i < fixed.nbChilds(node); ++i) {
+            unsigned int child = fixed.child(node, i);
+            long long low = fixed.lowerBound(child), high = fixed.upperBound(child);
+            if (coefficient(fixed, node, i) == 0 || low >= high || high - 1 != low) return false;
+        }
+        return true;
+    }
+
+    const bool split;
     S canDecrease;
     S canIncrease;
 };

@@ -17,7 +17,7 @@ class NodeLinearTemplate : public NodeTermsTemplate<S, T == ScalarSum> {
     using Base = NodeTermsTemplate<S, T == ScalarSum>;
 
 public:
-    NodeLinearTemplate(const DagFixedFields& fixed, unsigned int node) : Base(fixed, node) {}
+    NodeLinearTemplate(const DagFixedFields& fixed, unsigned int node) : Base(fixed, node, true) {}
 
     long long computeValue(const Dag& dag, unsigned int node) const override {
         const DagFixedFields& fixed = dag.getFixedFields();

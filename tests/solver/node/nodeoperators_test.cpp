@@ -190,6 +190,77 @@ TEST(NodeOperatorsTest, SumSearchFollowsBoundsAndCoefficientSigns) {
     EXPECT_FALSE(dag->getNode(x)->findIncreasingBoolean(*dag, rand, boolean, x));
 }
 
+// Wide sums of two-valued terms keep only the terms at their high value;
+// the search must still draw, each way, booleans that move the sum that
+// way, after moves committed through the graph (x: a signed sum under an
+// absolute value) and from the kept scores (y: a sum of pair terms, each
+// y in exactly two of them).
+TEST(NodeOperatorsTest, WideSumsOfTwoValuedTermsDrawBooleansMovingThemEachWay) {
+    TestGraph g;
+    const unsigned int n = 300;
+    std::vector<unsigned int> x, y, pairs;
+    std::vector<long long> coefficients;
+    for (unsigned int i = 0; i < n; ++i) x.push_back(g.boolean());
+    for (unsigned int i = 0; i < n; ++i) y.push_back(g.boolean());
+    for (unsigned int i = 0; i < n; ++i) coefficients.push_back(i % 3 == 0 ? -2 : 1 + static_cast<long long>(i % 5));
+    unsigned int row = g.add(ScalarSum, x, coefficients);
+    for (unsigned int i = 0; i < n; ++i) pairs.push_back(g.add(Neq, {y[i], y[(i * 7 + 1) % n]}));
+    unsigned int cut = g.add(Sum, pairs);
+    g.objective(cut, Maximize);
+    g.objective(g.add(Abs, {row}));
+    g.close();
+    Quickrand rand(5);
+    std::vector<long long> start;
+    for (unsigned int i = 0; i < 2 * n; ++i) start.push_back(rand.nextInt(2));
+    std::unique_ptr<Dag> dag = g.makeDag(start);
+    Propagation& p = dag->getPropagation();
+    auto change = [&](unsigned int sum, unsigned int b) {
+        p.modifyVariable(*dag, b, 1 - dag->currentValue(b));
+        EXPECT_TRUE(p.eval(*dag));
+        long long delta = dag->newValue(sum) - dag->currentValue(sum);
+        p.rollback(*dag);
+        return delta;
+    };
+    for (int move = 0; move < 400; ++move) {
+        const std::vector<unsigned int>& side = move % 2 == 0 ? x : y;
+        for (unsigned int f = 0, count = 1 + rand.nextInt(3); f < count; ++f) {
+            unsigned int b = side[rand.nextInt(n)];
+            p.modifyVariable(*dag, b, 1 - dag->currentValue(b));
+        }
+        ASSERT_TRUE(p.eval(*dag));
+        p.commit(*dag);
+        ASSERT_NO_THROW(dag->check()) << "move " << move;
+        if (move % 40 != 0) continue;
+        // A comparison asked to move tries one random child one random
+        // way: for the cut, some draws find nothing, none goes wrong.
+        unsigned int foundUp = 0, foundDown = 0;
+        for (int draw = 0; draw < 20; ++draw) {
+            unsigned int b = 4294967295u;
+            // A row boolean moves the row by its coefficient.
+            ASSERT_TRUE(dag->getNode(row)->findIncreasingBoolean(*dag, rand, b, row));
+            ASSERT_GT(change(row, b), 0) << "move " << move;
+            ASSERT_TRUE(dag->getNode(row)->findDecreasingBoolean(*dag, rand, b, row));
+            ASSERT_LT(change(row, b), 0) << "move " << move;
+            // Cutting one term may uncut the other one: never less.
+            ASSERT_GT(dag->currentValue(cut), 0);
+            ASSERT_LT(dag->currentValue(cut), static_cast<long long>(n));
+            if (dag->getNode(cut)->findIncreasingBoolean(*dag, rand, b, cut)) {
+                ++foundUp;
+                ASSERT_GE(change(cut, b), 0) << "move " << move;
+            }
+            if (dag->getNode(cut)->findDecreasingBoolean(*dag, rand, b, cut)) {
+                ++foundDown;
+                ASSERT_LE(change(cut, b), 0) << "move " << move;
+            }
+        }
+        EXPECT_GT(foundUp, 0u);
+        EXPECT_GT(foundDown, 0u);
+    }
+    // Both kinds of commit took part.
+    EXPECT_GT(p.getNbKeptEvaluations(), 0u);
+    EXPECT_GT(p.getNbEvaluatedNodes(), 0u);
+}
+
 TEST(NodeOperatorsTest, ComparisonCostsMeasureTheViolation) {
     TestGraph g;
     unsigned int a = g.integer(), b = g.integer();
