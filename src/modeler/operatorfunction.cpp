@@ -85,7 +85,7 @@ Value OperatorFunction::callNode(Context* context, QXOperator op, const Value* a
             else expr->addOperand(static_cast<int64_t>(args[i].asInt()));
         }
     }
-    return Value(new VNode(expr));
+    return TNode::make(expr);
 }
 
 Value OperatorFunction::callEval(QXOperator op, const std::vector<Value>& args) {

@@ -108,6 +108,9 @@ public:
     Value(const std::string& s);
     Value(const char* s);
     Value(Reference* ref);
+    // A handle of a type that is not counted: the object belongs to
+    // something that outlives every value naming it.
+    Value(const Type* handleType, void* handle) : type(handleType) { payload.handle = handle; }
     Value(const Value& o) : type(o.type) {
         payload = o.payload;
         if (type->isCounted()) payload.ref->reference();
@@ -149,6 +152,7 @@ public:
     bool asBool() const { return payload.i != 0; }
     const std::string& asString() const;
     Reference* getReference() const { return type->isCounted() ? payload.ref : nullptr; }
+    void* getHandle() const { return payload.handle; }
     const Type* getType() const { return type; }
 
     qxint castToInt() const;
@@ -188,6 +192,7 @@ private:
     union {
         int64_t i;
         Reference* ref;
+        void* handle;
     } payload;
     const Type* type;
 };

@@ -173,13 +173,14 @@ TEST(Bridge, LongChainOfSumsBuildsClosesAndReads) {
     EXPECT_EQ(r.global("v").asInt(), (200000 + 2) / 3);
 }
 
-TEST(Bridge, HandlesAreCountedAndOnlyNameTheExpression) {
+TEST(Bridge, HandlesOnlyNameTheExpression) {
     Quarrix solver;
     QXExpression* x = solver.getModel()->createExpression(QXOperator::Bool);
     {
-        Value a(new VNode(x));
+        Value a = TNode::make(x);
         Value b = a;
-        EXPECT_EQ(a.getReference()->getRefCount(), 2u);
+        EXPECT_EQ(a.getReference(), nullptr);
+        EXPECT_EQ(TNode::asExpression(b), x);
         EXPECT_EQ(a.toString(), "(unnamed operator)");
         x->setName("x");
         EXPECT_EQ(b.toString(), "x");

@@ -10,7 +10,7 @@
 const TNode tNode;
 const Type* const RefTypes::T_NODE = &tNode;
 
-VNode::VNode(QXExpression* expr_) : Reference(RefTypes::T_NODE), expr(expr_) {}
+Value TNode::make(QXExpression* expr) { return Value(&tNode, expr); }
 
 namespace {
 

@@ -4,25 +4,16 @@
 
 class QXExpression;
 
-// A handle on one expression of the solver's model. The model owns the
-// expression; the handle only names it, so releasing the last value that
-// holds it leaves the model unchanged.
-class VNode : public Reference {
-public:
-    explicit VNode(QXExpression* expr);
-    QXExpression* get() const { return expr; }
-
-private:
-    QXExpression* const expr;
-};
-
 // Model expressions. Their operators build new expressions of the model
 // (section "model" only), mixing freely with integers, which become the
 // model's pooled constants. Any other operand is left to the other side's
 // type, so an expression and a string concatenate their text forms.
 class TNode : public Type {
 public:
-    constexpr TNode() : Type("qxexpression", Kind::Node, true) {}
+    // Not counted: the model owns its expressions, and a value only names
+    // one. Copying a value then touches no memory of the expression's,
+    // which matters when a model of millions of expressions is built.
+    constexpr TNode() : Type("qxexpression", Kind::Node, false) {}
     // The expression's name, or "(unnamed operator)".
     std::string toString(Context* c, const Value& v, int depth) const override;
     Value opp(Context* c, const Value& a) const override;
@@ -48,9 +39,8 @@ public:
 
     static bool isNode(const Value& v) { return v.getType() == RefTypes::T_NODE; }
     // v must be an expression value.
-    static QXExpression* asExpression(const Value& v) {
-        return static_cast<VNode*>(v.getReference())->get();
-    }
+    static QXExpression* asExpression(const Value& v) { return static_cast<QXExpression*>(v.getHandle()); }
+    static Value make(QXExpression* expr);
 };
 
 extern const TNode tNode;
