@@ -1,6 +1,7 @@
 #include "api/qxexpression.h"
 
 #include "api/apierrors.h"
+#include "api/nameindex.h"
 #include "api/quarrix.h"
 #include "api/qxmodel.h"
 #include "api/qxsolution.h"
@@ -84,12 +85,11 @@ const std::string& QXExpression::getName() const {
 void QXExpression::setName(const std::string& newName) {
     ApiErrors::checkModeling(solver(), QX_HERE);
     if (newName.empty()) ApiErrors::fail(QX_HERE, ApiErrors::emptyArgument("name"));
-    auto& names = model->names;
-    const auto added = names.emplace(newName, this);
-    if (!added.second)
-        ApiErrors::fail(QX_HERE, "An operator with name \"" + newName + "\" already exists.");
-    if (name) names.erase(*name);
-    name = &added.first->first;
+    NameIndex& names = *model->names;
+    const std::string* kept = names.add(newName, this);
+    if (!kept) ApiErrors::fail(QX_HERE, "An operator with name \"" + newName + "\" already exists.");
+    if (name) names.remove(*name);
+    name = kept;
 }
 
 void QXExpression::OperandList::grow() {

@@ -115,7 +115,7 @@ private:
     };
 
     QXModel* model;
-    // The key of the model's name map (map keys never move); null: unnamed.
+    // The model's kept copy of the name (never moves); null: unnamed.
     const std::string* name = nullptr;
     OperandList operands; // owned by the model
     int64_t value = 0;                   // a constant's value, a decision's initial value

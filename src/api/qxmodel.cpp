@@ -2,6 +2,7 @@
 
 #include "api/apierrors.h"
 #include "api/kernelexception.h"
+#include "api/nameindex.h"
 #include "api/quarrix.h"
 #include "api/qxerror.h"
 #include "api/compiledmodel.h"
@@ -18,7 +19,7 @@ namespace {
 const char* const UNIT = "src/api/qxmodel";
 }
 
-QXModel::QXModel(Quarrix* solver_) : solver(solver_) {}
+QXModel::QXModel(Quarrix* solver_) : solver(solver_), names(std::make_unique<NameIndex>()) {}
 
 QXModel::~QXModel() = default;
 
@@ -147,10 +148,9 @@ QXExpression* QXModel::getExpression(int i) const {
 QXExpression* QXModel::getExpression(const std::string& name) const {
     ApiErrors::checkNotRunning(solver, QX_HERE);
     if (name.empty()) ApiErrors::fail(QX_HERE, ApiErrors::emptyArgument("name"));
-    auto found = names.find(name);
-    if (found == names.end())
-        ApiErrors::fail(QX_HERE, "No operator found with name '" + name + "'.");
-    return found->second;
+    QXExpression* found = names->find(name);
+    if (!found) ApiErrors::fail(QX_HERE, "No operator found with name '" + name + "'.");
+    return found;
 }
 
 QXExpression* QXModel::getDecision(int i) const {

@@ -8,12 +8,12 @@
 #include <map>
 #include <memory>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 class CompiledModel;
 class DagBuilder;
 class ModelGraph;
+class NameIndex;
 class Quarrix;
 
 enum class QXObjectiveDirection : uint8_t { Minimize = 0, Maximize = 1 };
@@ -114,8 +114,8 @@ private:
     std::map<int64_t, QXExpression*> constants;  // the constant pool, by value
     // Owned; a deque keeps addresses stable without one allocation each.
     std::deque<QXExpression> expressions;
-    // Node-based: an expression keeps a pointer to its name in here.
-    std::unordered_map<std::string, QXExpression*> names;
+    // An expression keeps a pointer to its name in here.
+    std::unique_ptr<NameIndex> names;
     std::vector<QXExpression*> decisions;
     std::vector<QXExpression*> constraints;
     std::vector<QXExpression*> objectives;

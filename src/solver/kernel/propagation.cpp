@@ -296,9 +296,11 @@ void Propagation::rollback(Dag& dag) {
         kept->clearRoots(dag);
     }
     if (!variablesScheduled) {
+        // Variables hold nothing but their value (as modifyVariable wrote
+        // it): restored in place, without reaching for the node's object.
         for (unsigned int node : modifiedVariables) {
             dag.clearModified(node);
-            dag.getNode(node)->rollback(dag, node);
+            dag.setNewValue(node, dag.currentValue(node));
         }
         modifiedVariables.clear();
         evalViolatedConstraints.clearIn();

@@ -10,6 +10,9 @@ class NodeVariable : public virtual Node {
 public:
     // The value is set beforehand (solution or initial assignment).
     void init(Dag& dag, unsigned int node) override;
+    // Final: a move that never reached the graph has its variables restored
+    // by the propagation itself, value only.
+    void rollback(Dag& dag, unsigned int node) final { Node::rollback(dag, node); }
 };
 
 class NodeBooleanVar : public NodeVariable {
