@@ -54,6 +54,7 @@ public:
     const std::vector<unsigned int>& variables() const { return variableNodes; }
     unsigned int variableIndex(unsigned int node) const { return variableIndices[node]; }
     void prefetchVariableIndex(unsigned int node) const { __builtin_prefetch(&variableIndices[node]); }
+    void prefetchType(unsigned int node) const { __builtin_prefetch(&types[node]); }
     unsigned int nbBooleans() const { return booleanCount; }
     unsigned int nbIntegers() const { return static_cast<unsigned int>(variableNodes.size()) - booleanCount; }
     unsigned int nbVariables() const { return static_cast<unsigned int>(variableNodes.size()); }

@@ -1,7 +1,6 @@
 #include "solver/kernel/greedysolution.h"
 
 #include "api/kernelexception.h"
-#include "solver/kernel/bipartition.h"
 #include "solver/kernel/dag.h"
 #include "solver/kernel/quickrand.h"
 #include "solver/move/autonomousfixedfields.h"
@@ -19,11 +18,41 @@ bool GreedySolution::computeSolution(Dag* dag) const {
     propagation.activateAllSatisfiedConstraints(*dag);
     if (propagation.getViolatedConstraints().sizeIn() == 0 && !solutionForced) return true;
 
-    Bipartition visited(fixed.nbVariables());
-    while (visited.sizeOut() != 0) {
-        unsigned int rank = visited.getRandomOut(*quickrand);
-        visited.setIn(rank);
-        unsigned int variable = fixed.variables()[rank];
+    // The visiting order is a random permutation of the variables drawn one
+    // place at a time (Fisher-Yates): place t takes the variable at a random
+    // place among t..n-1, which swaps to place t. The draws depend on the
+    // generator alone, which weighing a variable leaves alone, so they are
+    // made ahead without changing the order; meanwhile what the coming
+    // visits read loads, stage by stage as they come closer (where each
+    // would miss the cache in a model of a million booleans): the drawn
+    // place, the variable it names, its value, its kept scores.
+    const unsigned int n = fixed.nbVariables();
+    const unsigned int AHEAD = 16;
+    std::vector<unsigned int> order(n);
+    std::iota(order.begin(), order.end(), 0u);
+    unsigned int places[AHEAD];
+    auto drawPlace = [&](unsigned int t) {
+        if (t >= n) return;
+        places[t % AHEAD] = t + quickrand->nextInt(n - t);
+        __builtin_prefetch(&order[places[t % AHEAD]]);
+    };
+    // The variable at place t + k as things stand: a hint only, since the
+    // swaps to come may still move it.
+    auto soon = [&](unsigned int t, unsigned int k) {
+        return t + k < n ? fixed.variables()[order[places[(t + k) % AHEAD]]] : KernelConstants::NO_NODE;
+    };
+    for (unsigned int t = 0; t < AHEAD; ++t) drawPlace(t);
+    for (unsigned int t = 0; t < n; ++t) {
+        const unsigned int place = places[t % AHEAD];
+        const unsigned int rank = order[place];
+        order[place] = order[t];
+        drawPlace(t + AHEAD);
+        if (t + 12 < n) __builtin_prefetch(&fixed.variables()[order[places[(t + 12) % AHEAD]]]);
+        for (unsigned int stage = 0; stage <= 2; ++stage) {
+            const unsigned int variable = soon(t, 8 >> stage);
+            if (variable != KernelConstants::NO_NODE) propagation.prefetchFlip(*dag, variable, stage);
+        }
+        const unsigned int variable = fixed.variables()[rank];
         if (dag->currentValue(variable) == 1) continue;
         propagation.modifyVariable(*dag, variable, 1);
         bool evaluated = propagation.eval(*dag);

@@ -86,6 +86,19 @@ public:
     }
     const Linear* linearsBegin(unsigned int b) const { return linears.data() + linearOffsets[b]; }
     const Linear* linearsEnd(unsigned int b) const { return linears.data() + linearOffsets[b + 1]; }
+    // What eval reads of a boolean, asked for ahead in two steps: the
+    // offsets first, then what they point at.
+    void prefetchOffsets(unsigned int b) const {
+        if (b < scored.size()) __builtin_prefetch(&scored[b]);
+        if (b < rowOffsets.size()) __builtin_prefetch(&rowOffsets[b]);
+        if (b < pairOffsets.size()) __builtin_prefetch(&pairOffsets[b]);
+    }
+    void prefetchEntries(unsigned int b) const {
+        if (b + 1 >= rowOffsets.size() || rowOffsets[b] == rowOffsets[b + 1]) return;
+        // Both ends: a few entries straddle two lines more often than not.
+        __builtin_prefetch(rowsBegin(b));
+        __builtin_prefetch(rowsEnd(b) - 1);
+    }
     const RowEntry* rowsBegin(unsigned int b) const { return rowEntries.data() + rowOffsets[b]; }
     const RowEntry* rowsEnd(unsigned int b) const { return rowEntries.data() + rowOffsets[b + 1]; }
     // Whether the boolean appears in a root or a row at all.
@@ -160,6 +173,19 @@ public:
     unsigned int pickImproving(unsigned int objective, Quickrand& rand) const;
     bool isImproving(unsigned int boolean, unsigned int root) const { return improving[root].isIn(boolean); }
 
+    // A flip of the boolean (variable index) is likely to be weighed soon:
+    // stage 0 asks for its offsets and gains, stage 1 (later, once those
+    // arrived) for its entries.
+    void prefetch(unsigned int boolean, unsigned int stage) const {
+        if (!usable) return;
+        if (stage == 0) {
+            fixed.prefetchOffsets(boolean);
+            const std::size_t at = static_cast<std::size_t>(boolean) * nbRoots;
+            if (at < gains.size()) __builtin_prefetch(&gains[at]);
+        } else {
+            fixed.prefetchEntries(boolean);
+        }
+    }
     long long gain(unsigned int boolean, unsigned int root) const {
         return gains[static_cast<std::size_t>(boolean) * nbRoots + root];
     }

@@ -134,6 +134,16 @@ unsigned int Propagation::popLowestLevel(unsigned int pass) {
     return level;
 }
 
+void Propagation::prefetchFlip(const Dag& dag, unsigned int node, unsigned int stage) const {
+    if (stage == 0) {
+        dag.prefetch(node);
+        dag.getFixedFields().prefetchVariableIndex(node);
+        dag.getFixedFields().prefetchType(node);
+    } else if (kept) {
+        kept->prefetch(dag.getFixedFields().variableIndex(node), stage - 1);
+    }
+}
+
 void Propagation::modifyVariable(Dag& dag, unsigned int node, long long value) {
     if (value == dag.currentValue(node) || dag.isModified(node)) return;
     dag.setNewValue(node, value);

@@ -36,6 +36,10 @@ public:
     // On by default; switching on computes the scores from scratch.
     void setKeptScoresEnabled(Dag& dag, bool enabled);
     const KeptScores* getKeptScores() const { return kept.get(); }
+    // A flip of the variable is likely to be weighed soon: what the
+    // evaluation reads first of it (stage 0), then what that points at
+    // (stages 1 and 2, each some time after the previous one).
+    void prefetchFlip(const Dag& dag, unsigned int node, unsigned int stage) const;
     // Off by default: the kept scores also keep, per scored objective, the
     // booleans whose flip improves it, and moves draw their targets there.
     void setKeptTargetingEnabled(Dag& dag, bool enabled);
