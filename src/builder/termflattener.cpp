@@ -19,13 +19,8 @@ long long power(long long base, long long count) {
 }  // namespace
 
 void TermFlattener::ensureSize(std::size_t count) {
-    if (stamps.size() >= count) return;
-    stamps.resize(count, 0);
-    weights.resize(count, 0);
-    reached.resize(count, 0);
-    roles.resize(count, 0);
-    factors.resize(count, 0);
-    singles.resize(count);
+    if (scratch.size() >= count) return;
+    scratch.resize(count, Scratch{0, 0, -1, 0, 0, 0});
 }
 
 TermFlattener::Role TermFlattener::roleOf(ModelExpr expr, QXOperator op,
@@ -62,28 +57,29 @@ void TermFlattener::flattenLinear(ModelExpr root, const DagDefinitionBuilder& bu
                                   bool marking, FlatTerms& out) {
     const QXOperator op = root.getOperator();
     const bool isProduct = op == QXOperator::Prod;
-    ensureSize(static_cast<std::size_t>(builder.getModel().getNbExpressions()));
+    const ModelGraph& graph = builder.getModel();
+    ensureSize(static_cast<std::size_t>(graph.getNbExpressions()));
     if (++stamp == 0) {
-        std::fill(stamps.begin(), stamps.end(), 0);
+        for (Scratch& entry : scratch) entry.stamp = 0;
         stamp = 1;
     }
     order.clear();
     auto visit = [&](ModelExpr expr, Role role) {
-        const int i = expr.getIndex();
-        stamps[i] = stamp;
-        weights[i] = 0;
-        reached[i] = 0;
-        roles[i] = role;
+        Scratch& entry = scratch[expr.getIndex()];
+        entry.stamp = stamp;
+        entry.weight = 0;
+        entry.reached = 0;
+        entry.role = role;
         stack.push_back({expr, 0});
     };
     visit(root, NestedRole);
     while (!stack.empty()) {
         Frame& top = stack.back();
-        const int i = top.expr.getIndex();
+        const Scratch& entry = scratch[top.expr.getIndex()];
         ModelExpr next;
-        if (roles[i] == ThroughRole) {
-            if (top.next++ == 0) next = singles[i];
-        } else if (roles[i] == NestedRole) {
+        if (entry.role == ThroughRole) {
+            if (top.next++ == 0) next = graph.getExpression(entry.single);
+        } else if (entry.role == NestedRole) {
             if (top.next < top.expr.getNbOperands()) next = top.expr.getOperand(top.next++);
         }
         if (next.isNull()) {
@@ -91,30 +87,30 @@ void TermFlattener::flattenLinear(ModelExpr root, const DagDefinitionBuilder& bu
             stack.pop_back();
             continue;
         }
-        const int j = next.getIndex();
-        if (stamps[j] == stamp) continue;
+        Scratch& reachedEntry = scratch[next.getIndex()];
+        if (reachedEntry.stamp == stamp) continue;
         long long factor = 1;
         ModelExpr single;
         Role role = roleOf(next, op, builder, marking, factor, single);
-        factors[j] = factor;
-        singles[j] = single;
+        reachedEntry.factor = factor;
+        reachedEntry.single = single.getIndex();
         visit(next, role);
     }
 
-    auto hand = [&](ModelExpr expr, long long weight) {
-        const int j = expr.getIndex();
-        weights[j] = isProduct ? weights[j] + weight : WrapArith::add(weights[j], weight);
-        reached[j] = 1;
+    auto hand = [&](int32_t j, long long weight) {
+        Scratch& entry = scratch[j];
+        entry.weight = isProduct ? entry.weight + weight : WrapArith::add(entry.weight, weight);
+        entry.reached = 1;
     };
-    weights[root.getIndex()] = 1;
-    reached[root.getIndex()] = 1;
+    scratch[root.getIndex()].weight = 1;
+    scratch[root.getIndex()].reached = 1;
     out.constant = isProduct ? 1 : 0;
     for (auto it = order.rbegin(); it != order.rend(); ++it) {
         ModelExpr expr = *it;
-        const int i = expr.getIndex();
-        if (!reached[i]) continue;
-        const long long weight = weights[i];
-        Role role = static_cast<Role>(roles[i]);
+        const Scratch& entry = scratch[expr.getIndex()];
+        if (!entry.reached) continue;
+        const long long weight = entry.weight;
+        Role role = static_cast<Role>(entry.role);
         // A product met twice under the root is a power of it: kept whole.
         if (role == NestedRole && isProduct && expr != root && weight != 1) role = TermRole;
         switch (role) {
@@ -127,13 +123,13 @@ void TermFlattener::flattenLinear(ModelExpr root, const DagDefinitionBuilder& bu
         }
         case ThroughRole:
             if (isProduct)
-                hand(singles[i], weight);
-            else if (factors[i] != 0)
-                hand(singles[i], WrapArith::mul(weight, factors[i]));
+                hand(entry.single, weight);
+            else if (entry.factor != 0)
+                hand(entry.single, WrapArith::mul(weight, entry.factor));
             break;
         case NestedRole:
             if (expr != root) out.absorbed.push_back(expr);
-            for (int k = 0; k < expr.getNbOperands(); ++k) hand(expr.getOperand(k), weight);
+            for (int k = 0; k < expr.getNbOperands(); ++k) hand(expr.getOperand(k).getIndex(), weight);
             break;
         case TermRole:
             out.terms.emplace_back(expr, weight);

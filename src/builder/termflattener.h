@@ -53,14 +53,19 @@ private:
                          bool marking, FlatTerms& out);
     void ensureSize(std::size_t count);
 
-    // Scratch by expression index, valid where stamps[i] == stamp: reused
-    // from one root to the next without clearing.
-    std::vector<uint32_t> stamps;
-    std::vector<long long> weights;
-    std::vector<uint8_t> reached;
-    std::vector<uint8_t> roles;
-    std::vector<long long> factors;                // of ThroughRole expressions
-    std::vector<ModelExpr> singles;      // the operand they stand for
+    // Scratch by expression index, valid where stamp == the walk's stamp:
+    // reused from one root to the next without clearing. One record per
+    // expression, so that a visit to an expression far from the last one
+    // (the columns of a board) costs one cache line, not one per field.
+    struct Scratch {
+        long long weight;
+        long long factor;  // of ThroughRole expressions
+        int32_t single;    // the operand they stand for
+        uint32_t stamp;
+        uint8_t role;
+        uint8_t reached;
+    };
+    std::vector<Scratch> scratch;
     uint32_t stamp = 0;
     std::vector<ModelExpr> order;
     struct Frame {
