@@ -20,16 +20,16 @@ QXExpression* NameIndex::find(const std::string& name) const {
     return slot.kept == FREE ? nullptr : exprs[slot.kept];
 }
 
-const std::string* NameIndex::add(const std::string& name, QXExpression* expr) {
+uint32_t NameIndex::add(const std::string& name, QXExpression* expr) {
     if (4 * (count + 1) > 3 * slots.size()) grow();
     const uint32_t hash = hashOf(name);
     Slot& slot = slots[locate(name, hash)];
-    if (slot.kept != FREE) return nullptr;
+    if (slot.kept != FREE) return TAKEN;
     slot = {hash, static_cast<uint32_t>(kept.size())};
     kept.push_back(name);
     exprs.push_back(expr);
     ++count;
-    return &kept.back();
+    return slot.kept;
 }
 
 // Backward shift: the entries after the freed slot that probed past it move

@@ -12,15 +12,18 @@ class QXExpression;
 // expressions (a decision per square of a board). One open-addressing table
 // of {hash, name number}, probed linearly: an insertion costs about one
 // cache miss, where a node-based map costs a node allocation, a bucket and a
-// chain. The names are kept in a deque, so that an expression can point at
-// its own for good.
+// chain. The names are kept and numbered, so that an expression can name its
+// own in four bytes, for good.
 class NameIndex {
 public:
     // The expression of that name, or nullptr.
     QXExpression* find(const std::string& name) const;
-    // Names `expr`; returns the kept copy of the name, or nullptr (and
-    // changes nothing) when the name is taken.
-    const std::string* add(const std::string& name, QXExpression* expr);
+    static constexpr uint32_t TAKEN = 0xffffffffu;
+    // Names `expr`; returns the kept name's number, or TAKEN (and changes
+    // nothing) when the name is taken.
+    uint32_t add(const std::string& name, QXExpression* expr);
+    // A kept name, by number: it stays after its removal.
+    const std::string& nameOf(uint32_t number) const { return kept[number]; }
     // Forgets the name (its kept copy stays, for whoever still points at
     // it: renames are rare).
     void remove(const std::string& name);

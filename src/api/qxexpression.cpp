@@ -14,6 +14,8 @@ namespace {
 const char* const UNIT = "src/api/qxexpression";
 }
 
+static_assert(sizeof(void*) != 8 || sizeof(QXExpression) == 48, "an expression grew: millions are kept");
+
 QXExpression::QXExpression(Key, QXModel* model_, QXOperator op_, int32_t index_)
     : model(model_), index(index_), op(op_), decision(op_ == QXOperator::Bool),
       objective(false), constraint(false) {}
@@ -62,43 +64,48 @@ bool QXExpression::isConstant() const {
 
 int QXExpression::getNbOperands() const {
     ApiErrors::checkNotRunning(solver(), QX_HERE);
-    return static_cast<int>(operands.size());
+    return static_cast<int>(operandCount);
 }
 
 QXExpression* QXExpression::getOperand(int i) const {
     ApiErrors::checkNotRunning(solver(), QX_HERE);
-    ApiErrors::checkIndex(i, static_cast<int64_t>(operands.size()), "operands", QX_HERE);
-    return operands[i];
+    ApiErrors::checkIndex(i, static_cast<int64_t>(operandCount), "operands", QX_HERE);
+    return operands()[i];
 }
 
 bool QXExpression::isNamed() const {
     ApiErrors::checkNotRunning(solver(), QX_HERE);
-    return name != nullptr;
+    return nameNumber != UNNAMED;
 }
 
 const std::string& QXExpression::getName() const {
     ApiErrors::checkNotRunning(solver(), QX_HERE);
     static const std::string unnamed;
-    return name ? *name : unnamed;
+    return nameNumber != UNNAMED ? model->names->nameOf(nameNumber) : unnamed;
 }
 
 void QXExpression::setName(const std::string& newName) {
     ApiErrors::checkModeling(solver(), QX_HERE);
     if (newName.empty()) ApiErrors::fail(QX_HERE, ApiErrors::emptyArgument("name"));
     NameIndex& names = *model->names;
-    const std::string* kept = names.add(newName, this);
-    if (!kept) ApiErrors::fail(QX_HERE, "An operator with name \"" + newName + "\" already exists.");
-    if (name) names.remove(*name);
-    name = kept;
+    const uint32_t number = names.add(newName, this);
+    if (number == NameIndex::TAKEN)
+        ApiErrors::fail(QX_HERE, "An operator with name \"" + newName + "\" already exists.");
+    if (nameNumber != UNNAMED) names.remove(names.nameOf(nameNumber));
+    nameNumber = number;
 }
 
-void QXExpression::OperandList::grow() {
-    const uint32_t larger = capacity * 2;
-    QXExpression** grown = new QXExpression*[larger];
-    std::copy(data(), data() + count, grown);
-    if (capacity > INLINE) delete[] heap;
-    heap = grown;
-    capacity = larger;
+// The list's block holds the power of two at or above the count: full when
+// the count is one (from 2 on).
+void QXExpression::pushOperand(QXExpression* operand) {
+    if (operandCount >= INLINE && (operandCount & (operandCount - 1)) == 0) {
+        QXExpression** grown = new QXExpression*[2 * operandCount];
+        const Operands current = operands();
+        std::copy(current.begin(), current.end(), grown);
+        if (operandCount > INLINE) delete[] heapOperands;
+        heapOperands = grown;
+    }
+    (operandCount >= INLINE ? heapOperands : localOperands)[operandCount++] = operand;
 }
 
 void QXExpression::checkOperand(const QXModel* model, QXOperator op, const QXExpression* operand,
@@ -122,8 +129,8 @@ void QXExpression::addOperand(QXExpression* expr) {
     if (model->nbOperands == ApiErrors::MaxCount)
         ApiErrors::fail(QX_HERE, "The total number of operands in the model cannot exceed " +
                                      std::to_string(ApiErrors::MaxCount) + ".");
-    checkOperand(model, op, expr, static_cast<int>(operands.size()), QX_HERE);
-    operands.push_back(expr);
+    checkOperand(model, op, expr, static_cast<int>(operandCount), QX_HERE);
+    pushOperand(expr);
     ++model->nbOperands;
 }
 
@@ -160,7 +167,7 @@ std::string QXExpression::toString() const {
     ApiErrors::checkNotRunning(solver(), QX_HERE);
     std::string text = "Expression " + std::to_string(index) + " (type = " +
                        ExpressionTools::getName(op);
-    if (name) text += ", name = " + *name;
+    if (nameNumber != UNNAMED) text += ", name = " + model->names->nameOf(nameNumber);
     return text + ")";
 }
 

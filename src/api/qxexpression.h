@@ -2,6 +2,7 @@
 
 #include "qxoperator.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -25,6 +26,9 @@ public:
     QXExpression(Key, QXModel* model, QXOperator op, int32_t index);
     QXExpression(const QXExpression&) = delete;
     QXExpression& operator=(const QXExpression&) = delete;
+    ~QXExpression() {
+        if (operandCount > INLINE) delete[] heapOperands;
+    }
 
     // Getters: refused in state Running.
     QXOperator getOperator() const;
@@ -78,48 +82,36 @@ private:
                              int position, const QXWhere& where);
     const Quarrix* solver() const;
 
-    // Most expressions have one or two operands: those are kept inside the
-    // expression, so that a model of millions of them makes no allocation
-    // per expression; longer lists go to the heap.
-    class OperandList {
-    public:
-        OperandList() {}
-        OperandList(const OperandList&) = delete;
-        OperandList& operator=(const OperandList&) = delete;
-        ~OperandList() {
-            if (capacity > INLINE) delete[] heap;
-        }
+    // Reading the operands.
+    struct Operands {
+        QXExpression* const* first;
+        uint32_t count;
         std::size_t size() const { return count; }
-        QXExpression* operator[](std::size_t i) const { return data()[i]; }
-        QXExpression* const* begin() const { return data(); }
-        QXExpression* const* end() const { return data() + count; }
-        void push_back(QXExpression* operand) {
-            if (count == capacity) grow();
-            (capacity > INLINE ? heap : local)[count++] = operand;
-        }
-        void assign(QXExpression* const* first, QXExpression* const* last) {
-            count = 0;
-            while (first != last) push_back(*first++);
-        }
-
-    private:
-        static constexpr uint32_t INLINE = 2;
-        QXExpression* const* data() const { return capacity > INLINE ? heap : local; }
-        void grow();
-        union {
-            QXExpression* local[INLINE];
-            QXExpression** heap;
-        };
-        uint32_t count = 0;
-        uint32_t capacity = INLINE;
+        QXExpression* operator[](std::size_t i) const { return first[i]; }
+        QXExpression* const* begin() const { return first; }
+        QXExpression* const* end() const { return first + count; }
     };
+    Operands operands() const { return {operandCount > INLINE ? heapOperands : localOperands, operandCount}; }
+    void pushOperand(QXExpression* operand);
 
+    static constexpr uint32_t INLINE = 2;
+    static constexpr uint32_t UNNAMED = 0xffffffffu;
+
+    // Fields ordered so that the expression takes 48 bytes: a model of
+    // millions of expressions keeps them all. Most expressions have one or
+    // two operands: those are kept inside the expression, so that such a
+    // model makes no allocation per expression; longer lists go to the heap,
+    // in a block of the power of two at or above their count.
     QXModel* model;
-    // The model's kept copy of the name (never moves); null: unnamed.
-    const std::string* name = nullptr;
-    OperandList operands; // owned by the model
-    int64_t value = 0;                   // a constant's value, a decision's initial value
-    int32_t index;                       // position in the model's expression list
+    int64_t value = 0;  // a constant's value, a decision's initial value
+    union {
+        QXExpression* localOperands[INLINE];
+        QXExpression** heapOperands;
+    };
+    uint32_t operandCount = 0;
+    // The name's number in the model's names; UNNAMED.
+    uint32_t nameNumber = UNNAMED;
+    int32_t index;  // position in the model's expression list
     QXOperator op;
     bool decision : 1;
     bool objective : 1;

@@ -109,7 +109,7 @@ QXExpression* QXModel::createChecked(QXOperator op, const QXOperand* given, int 
         throw;
     }
     QXExpression* expr = newExpression(op);
-    expr->operands.assign(operands, operands + count);
+    for (int i = 0; i < count; ++i) expr->pushOperand(operands[i]);
     nbOperands += count;
     return expr;
 }
@@ -210,7 +210,7 @@ void QXModel::close() {
     // its value's type) and an expression's operator never changes: what
     // is left is the operand counts, which grow after creation.
     for (const QXExpression& expr : expressions) {
-        const int count = static_cast<int>(expr.operands.size());
+        const int count = static_cast<int>(expr.operandCount);
         const int min = ExpressionTypeTools::getNbMinOperands(expr.op);
         const int max = ExpressionTypeTools::getNbMaxOperands(expr.op);
         if (count < min)
@@ -273,10 +273,11 @@ void QXModel::fillGraph(ModelGraph& graph, bool withNames) const {
     if (withNames) names.reserve(expressions.size());
     for (const QXExpression& expr : expressions) {
         operandIndexes.clear();
-        for (const QXExpression* operand : expr.operands) operandIndexes.push_back(operand->index);
+        for (const QXExpression* operand : expr.operands()) operandIndexes.push_back(operand->index);
         graph.addExpression(expr.op, expr.value, expr.constraint, operandIndexes.data(),
                             static_cast<int>(operandIndexes.size()));
-        if (withNames) names.push_back(expr.name);
+        if (withNames)
+            names.push_back(expr.nameNumber == QXExpression::UNNAMED ? nullptr : &this->names->nameOf(expr.nameNumber));
     }
     for (const QXExpression* decision : decisions) graph.addDecision(decision->index);
     for (const QXExpression* constraint : constraints) graph.addConstraint(constraint->index);

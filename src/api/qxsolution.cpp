@@ -56,7 +56,7 @@ int64_t QXSolution::evaluateUnknown(const QXExpression* root) {
     try {
         while (!work.empty()) {
             Frame& top = work.back();
-            const auto& operands = top.expr->operands;
+            const QXExpression::Operands operands = top.expr->operands();
             while (top.next < operands.size() && computed[operands[top.next]->index] == Done)
                 ++top.next;
             if (top.next < operands.size()) {

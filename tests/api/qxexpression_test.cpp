@@ -149,6 +149,26 @@ TEST(QXExpression, AddOperandChecksInOrderAcrossStates) {
     QuarrixTestAccess::setState(c.solver, QXState::Stopped);
 }
 
+// Operand lists start inside the expression and move to blocks that double:
+// every operand reads back across each move (2 -> 3, 4 -> 5, 8 -> 9, ...),
+// whether added one by one or given at creation.
+TEST(QXExpression, OperandListsReadBackAcrossEveryGrowth) {
+    Quarrix solver;
+    QXModel* m = solver.getModel();
+    std::vector<QXExpression*> bools;
+    for (int i = 0; i < 40; ++i) bools.push_back(m->createExpression(Op::Bool));
+    QXExpression* sum = m->createExpression(Op::Sum);
+    for (int n = 1; n <= 40; ++n) {
+        sum->addOperand(bools[n - 1]);
+        ASSERT_EQ(sum->getNbOperands(), n);
+        for (int k = 0; k < n; ++k) ASSERT_EQ(sum->getOperand(k), bools[k]) << n << " operands";
+    }
+    QXExpression* pair = m->createExpression(Op::Sum, bools[3], bools[4]);
+    pair->addOperand(bools[5]);
+    EXPECT_EQ(pair->getOperand(0), bools[3]);
+    EXPECT_EQ(pair->getOperand(2), bools[5]);
+}
+
 TEST(QXExpression, SetName) {
     Quarrix solver;
     QXModel* m = solver.getModel();
