@@ -56,14 +56,21 @@ void DagDefinitionBuilder::findConstantExpressions() {
 void DagDefinitionBuilder::markExpressions() {
     const int count = model.getNbExpressions();
     marks.assign(count, 0);
+    markLeaves();
+    // Users first: an expression is visited once every expression using it
+    // has been, so its mark counts all its absorbing parents. Expressions
+    // made after their operands (as the language makes them) are in that
+    // order from the last down, read in place; otherwise the order is found
+    // by counting users.
+    if (model.operandsPrecedeUsers()) {
+        for (int i = count - 1; i >= 0; --i) markExpression(model.getExpression(i));
+        return;
+    }
     std::vector<unsigned int> users(count, 0);
     for (int i = 0; i < count; ++i) {
         ModelExpr expr = model.getExpression(i);
         for (int k = 0; k < expr.getNbOperands(); ++k) ++users[expr.getOperand(k).getIndex()];
     }
-    markLeaves();
-    // Users first: an expression is visited once every expression using it
-    // has been, so its mark counts all its absorbing parents.
     std::vector<ModelExpr> queue;
     queue.reserve(count);
     for (int i = 0; i < count; ++i)

@@ -13,6 +13,8 @@ void ModelGraph::addExpression(QXOperator op, int64_t value, bool constraint,
     ops.push_back(op);
     values.push_back(value);
     constraintFlags.push_back(constraint ? 1 : 0);
+    const int32_t index = static_cast<int32_t>(ops.size()) - 1;
+    for (int k = 0; k < count; ++k) ordered = ordered && first[k] < index;
     operands.insert(operands.end(), first, first + count);
     firstOperand.push_back(static_cast<uint32_t>(operands.size()));
 }

@@ -65,6 +65,9 @@ public:
     ModelExpr getObjective(int i) const { return ModelExpr(this, objectives[i]); }
     uint8_t getObjectiveDirection(int i) const { return directions[i]; }
     bool isClosed() const { return closed; }
+    // Whether every operand index is below its expression's: then the
+    // indexes, from the last down, list every expression after its users.
+    bool operandsPrecedeUsers() const { return ordered; }
     // Null when unnamed or when no names were given.
     const std::string* getName(int i) const { return names.empty() ? nullptr : names[i]; }
 
@@ -76,6 +79,7 @@ private:
     std::vector<uint8_t> constraintFlags;
     std::vector<uint32_t> firstOperand{0};
     std::vector<int32_t> operands;
+    bool ordered = true;
     std::vector<int32_t> decisions;
     std::vector<int32_t> constraints;
     std::vector<int32_t> objectives;
