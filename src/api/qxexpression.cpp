@@ -70,7 +70,7 @@ int QXExpression::getNbOperands() const {
 QXExpression* QXExpression::getOperand(int i) const {
     ApiErrors::checkNotRunning(solver(), QX_HERE);
     ApiErrors::checkIndex(i, static_cast<int64_t>(operandCount), "operands", QX_HERE);
-    return operands()[i];
+    return &model->expressions[operands()[i]];
 }
 
 bool QXExpression::isNamed() const {
@@ -96,16 +96,16 @@ void QXExpression::setName(const std::string& newName) {
 }
 
 // The list's block holds the power of two at or above the count: full when
-// the count is one (from 2 on).
-void QXExpression::pushOperand(QXExpression* operand) {
+// the count is one (from INLINE on).
+void QXExpression::pushOperand(const QXExpression* operand) {
     if (operandCount >= INLINE && (operandCount & (operandCount - 1)) == 0) {
-        QXExpression** grown = new QXExpression*[2 * operandCount];
+        int32_t* grown = new int32_t[2 * operandCount];
         const Operands current = operands();
         std::copy(current.begin(), current.end(), grown);
         if (operandCount > INLINE) delete[] heapOperands;
         heapOperands = grown;
     }
-    (operandCount >= INLINE ? heapOperands : localOperands)[operandCount++] = operand;
+    (operandCount >= INLINE ? heapOperands : localOperands)[operandCount++] = operand->index;
 }
 
 void QXExpression::checkOperand(const QXModel* model, QXOperator op, const QXExpression* operand,

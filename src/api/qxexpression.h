@@ -82,31 +82,33 @@ private:
                              int position, const QXWhere& where);
     const Quarrix* solver() const;
 
-    // Reading the operands.
+    // Reading the operands: their indexes in the model.
     struct Operands {
-        QXExpression* const* first;
+        const int32_t* first;
         uint32_t count;
         std::size_t size() const { return count; }
-        QXExpression* operator[](std::size_t i) const { return first[i]; }
-        QXExpression* const* begin() const { return first; }
-        QXExpression* const* end() const { return first + count; }
+        int32_t operator[](std::size_t i) const { return first[i]; }
+        const int32_t* begin() const { return first; }
+        const int32_t* end() const { return first + count; }
     };
     Operands operands() const { return {operandCount > INLINE ? heapOperands : localOperands, operandCount}; }
-    void pushOperand(QXExpression* operand);
+    void pushOperand(const QXExpression* operand);
 
-    static constexpr uint32_t INLINE = 2;
+    static constexpr uint32_t INLINE = 4;
     static constexpr uint32_t UNNAMED = 0xffffffffu;
 
     // Fields ordered so that the expression takes 48 bytes: a model of
-    // millions of expressions keeps them all. Most expressions have one or
-    // two operands: those are kept inside the expression, so that such a
-    // model makes no allocation per expression; longer lists go to the heap,
-    // in a block of the power of two at or above their count.
+    // millions of expressions keeps them all. Operands are kept by index, so
+    // that reading the structure (compiling, evaluating) needs no visit to
+    // each operand. Most expressions have up to four: those are kept inside
+    // the expression, so that such a model makes no allocation per
+    // expression; longer lists go to the heap, in a block of the power of
+    // two at or above their count.
     QXModel* model;
     int64_t value = 0;  // a constant's value, a decision's initial value
     union {
-        QXExpression* localOperands[INLINE];
-        QXExpression** heapOperands;
+        int32_t localOperands[INLINE];
+        int32_t* heapOperands;
     };
     uint32_t operandCount = 0;
     // The name's number in the model's names; UNNAMED.

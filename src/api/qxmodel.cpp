@@ -268,14 +268,11 @@ DagBuilder* QXModel::getDagBuilder() const {
 
 void QXModel::fillGraph(ModelGraph& graph, bool withNames) const {
     graph.reserve(expressions.size(), static_cast<std::size_t>(nbOperands));
-    std::vector<int32_t> operandIndexes;
     std::vector<const std::string*> names;
     if (withNames) names.reserve(expressions.size());
     for (const QXExpression& expr : expressions) {
-        operandIndexes.clear();
-        for (const QXExpression* operand : expr.operands()) operandIndexes.push_back(operand->index);
-        graph.addExpression(expr.op, expr.value, expr.constraint, operandIndexes.data(),
-                            static_cast<int>(operandIndexes.size()));
+        const QXExpression::Operands operands = expr.operands();
+        graph.addExpression(expr.op, expr.value, expr.constraint, operands.first, static_cast<int>(operands.count));
         if (withNames)
             names.push_back(expr.nameNumber == QXExpression::UNNAMED ? nullptr : &this->names->nameOf(expr.nameNumber));
     }

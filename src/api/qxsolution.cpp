@@ -50,35 +50,35 @@ int64_t QXSolution::evaluate(const QXExpression* expr) {
 // Depth-first over the operands with an explicit stack: a chain of nested
 // sums as deep as the model costs heap, not call stack.
 int64_t QXSolution::evaluateUnknown(const QXExpression* root) {
+    const auto& expressions = solver->model->expressions;
     work.clear();
-    work.push_back({root, 0});
+    work.push_back({root->index, 0});
     computed[root->index] = InProgress;
     try {
         while (!work.empty()) {
             Frame& top = work.back();
-            const QXExpression::Operands operands = top.expr->operands();
-            while (top.next < operands.size() && computed[operands[top.next]->index] == Done)
-                ++top.next;
+            const QXExpression& expr = expressions[top.expr];
+            const QXExpression::Operands operands = expr.operands();
+            while (top.next < operands.size() && computed[operands[top.next]] == Done) ++top.next;
             if (top.next < operands.size()) {
-                const QXExpression* operand = operands[top.next];
-                if (computed[operand->index] == InProgress)
+                const int32_t operand = operands[top.next];
+                if (computed[operand] == InProgress)
                     ApiErrors::fail(QX_HERE, "The expression graph has a cycle through " +
-                                                 operand->toString() + ".");
-                computed[operand->index] = InProgress;
+                                                 expressions[operand].toString() + ".");
+                computed[operand] = InProgress;
                 work.push_back({operand, 0});
                 continue;
             }
             operandValues.clear();
-            for (const QXExpression* operand : operands)
-                operandValues.push_back(values[operand->index]);
-            values[top.expr->index] = ExpressionTools::callEvaluator(top.expr->op, operandValues);
-            computed[top.expr->index] = Done;
+            for (int32_t operand : operands) operandValues.push_back(values[operand]);
+            values[top.expr] = ExpressionTools::callEvaluator(expr.op, operandValues);
+            computed[top.expr] = Done;
             work.pop_back();
         }
     } catch (...) {
         // Whatever was being evaluated stays unknown, so later readings of
         // other expressions are not affected.
-        for (const Frame& frame : work) computed[frame.expr->index] = Pending;
+        for (const Frame& frame : work) computed[frame.expr] = Pending;
         throw;
     }
     return values[root->index];

@@ -58,7 +58,7 @@ private:
     std::vector<uint8_t> leafMarks;
     // Scratch of evaluate, kept to avoid allocating at each reading.
     struct Frame {
-        const QXExpression* expr;
+        int32_t expr;   // its index
         uint32_t next;  // first operand not yet known to be done
     };
     std::vector<Frame> work;

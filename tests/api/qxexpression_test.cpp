@@ -150,7 +150,7 @@ TEST(QXExpression, AddOperandChecksInOrderAcrossStates) {
 }
 
 // Operand lists start inside the expression and move to blocks that double:
-// every operand reads back across each move (2 -> 3, 4 -> 5, 8 -> 9, ...),
+// every operand reads back across each move (4 -> 5, 8 -> 9, 16 -> 17, ...),
 // whether added one by one or given at creation.
 TEST(QXExpression, OperandListsReadBackAcrossEveryGrowth) {
     Quarrix solver;
