@@ -20,6 +20,8 @@ public:
     int getObjectiveWindowSize() const { return objectiveWindowSize; }
     void setPlateauLength(unsigned long long length) { plateauLength = length; }
     void setDegradingIterationsLimit(double limit) { degradingIterationsLimit = limit; }
+    unsigned long long getPlateauLength() const { return plateauLength; }
+    double getDegradingIterationsLimit() const { return degradingIterationsLimit; }
     // A temperature instead of the window (0: the window): degrading moves
     // of the optimized objective are accepted with probability exp(-d / T),
     // where T cools geometrically from TEMPERATURE_START to TEMPERATURE_END

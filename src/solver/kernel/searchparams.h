@@ -34,6 +34,8 @@ enum AdvancedParam : unsigned int {
     RestartShare,
     ViolationTargetingEnabled,
     KIntervalEnabled,
+    PlateauLength,
+    AnnealingEndPercent,
     NB_ADVANCED_PARAMS
 };
 

@@ -13,6 +13,7 @@
 #include "solver/move/movesimplekflip.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace MoveWeights {
 const unsigned int QX_MV_BALANCE_WEIGHTS[16] = {0, 4, 2, 1, 1};
@@ -47,6 +48,10 @@ void ThreadEnv::createHeuristic() {
         auto annealing = std::make_unique<HeuristicAutoAnnealing>(dag);
         annealing->setObjectiveWindowSize(params.annealingLevel);
         annealing->setTemperatureSweep(static_cast<unsigned int>(params.get(TemperatureSweep)));
+        const int plateau = params.get(PlateauLength);
+        annealing->setPlateauLength(plateau == 0 ? std::numeric_limits<unsigned long long>::max()
+                                                 : static_cast<unsigned long long>(plateau));
+        annealing->setDegradingIterationsLimit(params.get(AnnealingEndPercent) / 100.0);
         heuristic = std::move(annealing);
     } else {
         heuristic = std::make_unique<HeuristicDescent>(dag);

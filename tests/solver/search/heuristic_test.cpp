@@ -13,6 +13,8 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <functional>
+#include <limits>
 #include <random>
 #include <sstream>
 
@@ -34,7 +36,8 @@ long long bestKnapsack() {
 
 // A knapsack search as a thread sets it up, from a greedy start.
 struct KnapsackSearch {
-    explicit KnapsackSearch(int annealingLevel, unsigned int seed = 7, int temperatureSweep = 0)
+    explicit KnapsackSearch(int annealingLevel, unsigned int seed = 7, int temperatureSweep = 0,
+                            std::function<void(SearchParams&)> tweak = {})
         : model(WEIGHTS, VALUES, CAPACITY) {
         dag = model.g.makeDag();
         Quickrand rand(seed);
@@ -43,6 +46,7 @@ struct KnapsackSearch {
         SearchParams params;
         params.annealingLevel = annealingLevel;
         params.set(TemperatureSweep, temperatureSweep);
+        if (tweak) tweak(params);
         env = std::make_unique<ThreadEnv>(params, dag.get(), autonomous.get(), seed);
     }
     Heuristic& h() { return *env->getHeuristic(); }
@@ -351,6 +355,44 @@ TEST(HeuristicTest, PlateauCountsOnlyBuiltMoves) {
         annealing->setIterationLimit(200);
         annealing->run();
         EXPECT_EQ(annealing->isAnnealingEnabled(), !built) << (built ? "refused moves" : "unbuilt moves");
+    }
+}
+
+// The plateau and the end of the annealing follow their advanced parameters:
+// the specified values by default, 0 for a plateau that never turns the
+// annealing off, a percentage of the estimate for the end.
+TEST(HeuristicTest, PlateauAndAnnealingEndFollowTheirParameters) {
+    auto annealingOf = [](KnapsackSearch& search) {
+        return dynamic_cast<HeuristicAutoAnnealing*>(&search.h());
+    };
+    KnapsackSearch defaults(3);
+    ASSERT_NE(annealingOf(defaults), nullptr);
+    EXPECT_EQ(annealingOf(defaults)->getPlateauLength(), 1000000u);
+    EXPECT_EQ(annealingOf(defaults)->getDegradingIterationsLimit(), 0.9);
+    KnapsackSearch tuned(3, 7, 0, [](SearchParams& p) {
+        p.set(PlateauLength, 0);
+        p.set(AnnealingEndPercent, 250);
+    });
+    EXPECT_EQ(annealingOf(tuned)->getPlateauLength(), std::numeric_limits<unsigned long long>::max());
+    EXPECT_EQ(annealingOf(tuned)->getDegradingIterationsLimit(), 2.5);
+    // Refused moves only: a plateau of 50 turns the annealing off within
+    // 200 iterations, the endless one never.
+    for (int plateau : {50, 0}) {
+        KnapsackSearch search(3, 7, 0, [&](SearchParams& p) { p.set(PlateauLength, plateau); });
+        HeuristicAutoAnnealing* annealing = annealingOf(search);
+        struct EmptyTheKnapsack : Move {
+            EmptyTheKnapsack(Dag& dag, Quickrand& rand) : Move(dag, rand, "Empty", 1) {}
+            bool modify() override {
+                for (unsigned int v : dag.getFixedFields().variables())
+                    if (dag.currentValue(v) == 1) flip(v);
+                return true;
+            }
+        };
+        annealing->clearMoves();
+        annealing->addMove(new EmptyTheKnapsack(*search.dag, annealing->getQuickrand()));
+        annealing->setIterationLimit(200);
+        annealing->run();
+        EXPECT_EQ(annealing->isAnnealingEnabled(), plateau == 0) << "plateau " << plateau;
     }
 }
 
