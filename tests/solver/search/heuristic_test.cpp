@@ -56,6 +56,17 @@ struct KnapsackSearch {
     std::unique_ptr<ThreadEnv> env;
 };
 
+// Removing every item of a knapsack whose start is full lowers the value:
+// refused without a window to anneal in.
+struct Refused : Move {
+    Refused(Dag& dag, Quickrand& rand) : Move(dag, rand, "Refused", 1) {}
+    bool modify() override {
+        for (unsigned int v : dag.getFixedFields().variables())
+            if (dag.currentValue(v) == 1) flip(v);
+        return true;
+    }
+};
+
 // Records a value after each iteration.
 struct Probe : HeuristicCallback {
     explicit Probe(std::function<void()> f) : f(std::move(f)) {}
@@ -334,16 +345,6 @@ TEST(HeuristicTest, PlateauCountsOnlyBuiltMoves) {
         Unbuildable(Dag& dag, Quickrand& rand) : Move(dag, rand, "Unbuildable", 1) {}
         bool modify() override { return false; }
     };
-    struct Refused : Move {
-        Refused(Dag& dag, Quickrand& rand) : Move(dag, rand, "Refused", 1) {}
-        // Removing every item of a knapsack whose start is full lowers the
-        // value: refused without a window to anneal in.
-        bool modify() override {
-            for (unsigned int v : dag.getFixedFields().variables())
-                if (dag.currentValue(v) == 1) flip(v);
-            return true;
-        }
-    };
     for (bool built : {false, true}) {
         KnapsackSearch search(3);
         auto* annealing = dynamic_cast<HeuristicAutoAnnealing*>(&search.h());
@@ -380,16 +381,8 @@ TEST(HeuristicTest, PlateauAndAnnealingEndFollowTheirParameters) {
     for (int plateau : {50, 0}) {
         KnapsackSearch search(3, 7, 0, [&](SearchParams& p) { p.set(PlateauLength, plateau); });
         HeuristicAutoAnnealing* annealing = annealingOf(search);
-        struct EmptyTheKnapsack : Move {
-            EmptyTheKnapsack(Dag& dag, Quickrand& rand) : Move(dag, rand, "Empty", 1) {}
-            bool modify() override {
-                for (unsigned int v : dag.getFixedFields().variables())
-                    if (dag.currentValue(v) == 1) flip(v);
-                return true;
-            }
-        };
         annealing->clearMoves();
-        annealing->addMove(new EmptyTheKnapsack(*search.dag, annealing->getQuickrand()));
+        annealing->addMove(new Refused(*search.dag, annealing->getQuickrand()));
         annealing->setIterationLimit(200);
         annealing->run();
         EXPECT_EQ(annealing->isAnnealingEnabled(), plateau == 0) << "plateau " << plateau;
