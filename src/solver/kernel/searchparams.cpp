@@ -29,6 +29,7 @@ const AdvancedParamInfo ADVANCED_PARAMS[NB_ADVANCED_PARAMS] = {
     {"kIntervalEnabled", 1, 0, 1, false, "1: jobs of a time-indexed schedule (one-of-many rows over intervals of unit capacity rows) placed one after another at the start, inserted and swapped with the jobs between shifting"},
     {"plateauLength", 1000000, 0, 2147483647, true, "with annealing: moves without a new best after which the annealing pauses until the next one; 0: never"},
     {"annealingEndPercent", 90, 1, 1000, true, "with annealing: share of the estimated moves, in percent, after which the search is a descent (above 100: never within the time limit)"},
+    {"kFillEnabled", 1, 0, 1, false, "1: k booleans of an objective sum given up, then every flip that the room they leave lets in, the most valuable first"},
 };
 
 SearchParams::SearchParams() {

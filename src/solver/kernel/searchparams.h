@@ -36,6 +36,7 @@ enum AdvancedParam : unsigned int {
     KIntervalEnabled,
     PlateauLength,
     AnnealingEndPercent,
+    KFillEnabled,
     NB_ADVANCED_PARAMS
 };
 

@@ -25,6 +25,7 @@ const unsigned int QX_MV_2FORKCYCLE_WEIGHTS[16] = {0, 0, 0, 2};
 const unsigned int QX_MV_3FORKCYCLE_WEIGHTS[16] = {0, 0, 0, 1};
 const unsigned int QX_MV_2FORKPATH_WEIGHTS[16] = {0, 0, 0, 1};
 const unsigned int QX_MV_3FORKPATH_WEIGHTS[16] = {0, 0, 0, 1};
+const unsigned int QX_MV_FILL_WEIGHTS[16] = {0, 4, 2};
 // Each gate move's weight, where the model has gates.
 const unsigned int GATE_WEIGHT = 8;
 // Each interval move's weight, where the model has a time-indexed schedule.
@@ -125,8 +126,8 @@ void ThreadEnv::initMoves(unsigned int k) {
     if (isWanted(QX_MV_FLIP_WEIGHTS, KFlipEnabled, k, MoveKFlip::isValidK(k, fixedFields)))
         heuristic->addMove(
             new MoveKFlip(*dag, rand, *structure, k, weightScale * QX_MV_FLIP_WEIGHTS[k], targetingValue));
-    // The chains: paths, cycles, then the forks (cycles then paths, 2 then
-    // 3 branches). Cycles keep their single weight: the other half went to
+    // The chains: paths, cycles, the forks (cycles then paths, 2 then 3
+    // branches), then the fills. Cycles keep their single weight: the other half went to
     // the reversal.
     struct Chain {
         const unsigned int* weights;
@@ -135,12 +136,13 @@ void ThreadEnv::initMoves(unsigned int k) {
         unsigned int nbBranches;
         unsigned int scale;
     };
-    const Chain chains[6] = {{QX_MV_PATH_WEIGHTS, KPathEnabled, MoveChain::Path, 1, weightScale},
+    const Chain chains[7] = {{QX_MV_PATH_WEIGHTS, KPathEnabled, MoveChain::Path, 1, weightScale},
                              {QX_MV_CYCLE_WEIGHTS, KCycleEnabled, MoveChain::Cycle, 1, 1},
                              {QX_MV_2FORKCYCLE_WEIGHTS, K2ForkCycleEnabled, MoveChain::ForkCycle, 2, weightScale},
                              {QX_MV_3FORKCYCLE_WEIGHTS, K3ForkCycleEnabled, MoveChain::ForkCycle, 3, weightScale},
                              {QX_MV_2FORKPATH_WEIGHTS, K2ForkPathEnabled, MoveChain::ForkPath, 2, weightScale},
-                             {QX_MV_3FORKPATH_WEIGHTS, K3ForkPathEnabled, MoveChain::ForkPath, 3, weightScale}};
+                             {QX_MV_3FORKPATH_WEIGHTS, K3ForkPathEnabled, MoveChain::ForkPath, 3, weightScale},
+                             {QX_MV_FILL_WEIGHTS, KFillEnabled, MoveChain::Fill, 1, weightScale}};
     const bool violationTargeting = params.get(ViolationTargetingEnabled) != 0;
     for (const Chain& chain : chains)
         if (isWanted(chain.weights, chain.enabling, k, MoveChain::isValidK(chain.shape, k, fixedFields))) {

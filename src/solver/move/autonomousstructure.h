@@ -107,6 +107,16 @@ public:
         return out > room.base ? out - room.base : 0;
     }
 
+    // How much further than `shift` the sum may move up (or down) and stay
+    // within its constraints; 0 when it may not.
+    long long roomBeyond(unsigned int sum, long long shift, bool up) const {
+        Room room = rooms[sum];
+        if (room.stale) room = roomOf(sum);
+        long long out = 0;
+        if (__builtin_sub_overflow(up ? room.high : shift, up ? shift : room.low, &out)) out = MAX_EXCESS;
+        return out > 0 ? out : 0;
+    }
+
     // A root bool of the sum at `entry` of v's root sums moving that sum the
     // other way from v; NO_NODE when the sum has none.
     unsigned int getOppositeBool(unsigned int variable, unsigned int entry, Quickrand& rand) const;

@@ -6,6 +6,7 @@
 #include "solver/move/autonomousstructure.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace {
@@ -14,8 +15,11 @@ namespace {
 const unsigned int OPPOSITE_DRAWS = 6;
 // Flips the end of a chain may add to settle what remains.
 const unsigned int FINISHING_FLIPS = 2;
+// Opposites a fill weighs per sum it touched: a sum over many booleans
+// offers a window of them from a random place.
+const unsigned int FILL_SCAN = 1024;
 
-const char* const KIND_WORDS[] = {"Cycle", "Path", "ForkCycle", "ForkPath"};
+const char* const KIND_WORDS[] = {"Cycle", "Path", "ForkCycle", "ForkPath", "Fill"};
 
 long long clamp(__int128 value) {
     if (value > std::numeric_limits<long long>::max()) return std::numeric_limits<long long>::max();
@@ -30,13 +34,21 @@ MoveChain::MoveChain(Dag& dag, Quickrand& quickrand, AutonomousStructure& struct
       fixedFields(structure.getFixedFields()),
       shifts(structure.getShifts()),
       nbBranches(nbBranches),
-      returnsToStart(shape == Cycle || shape == ForkCycle) {
+      returnsToStart(shape == Cycle || shape == ForkCycle),
+      fills(shape == Fill) {
     bool forked = shape == ForkCycle || shape == ForkPath;
     if (forked ? nbBranches < 2 : nbBranches != 1)
         throw KernelException("src/solver/move/movechain", __LINE__, "MoveChain", "Bad argument value.");
+    if (!fills) return;
+    for (unsigned int sum = 0; sum < fixedFields.getNbRootSums(); ++sum)
+        if (fixedFields.objectiveSign(sum) != 0) objectiveSums.push_back(sum);
+    marks.assign(dag.getFixedFields().nbBooleans(), 0);
+    candidates.reserve(FILL_SCAN);
 }
 
 bool MoveChain::isValidK(Shape shape, unsigned int k, const AutonomousFixedFields& fixed) {
+    if (shape == Fill)
+        return (k == 1 || k == 2) && fixed.hasObjectiveSums() && fixed.getNbRootSums() > fixed.getNbFreeRootSums();
     bool forked = shape == ForkCycle || shape == ForkPath;
     unsigned int sums = shape == Cycle || shape == ForkCycle ? fixed.getNbRootSums() : fixed.getNbFreeRootSums();
     return k >= (forked ? 3u : 2u) && sums != 0;
@@ -44,6 +56,7 @@ bool MoveChain::isValidK(Shape shape, unsigned int k, const AutonomousFixedField
 
 bool MoveChain::modify() {
     shifts.clear();
+    if (fills) return fill();
     if (!startPath(!returnsToStart)) return false;
     unsigned int steps = k - 1;
     if (nbBranches > 1) {
@@ -185,6 +198,11 @@ long long MoveChain::worthOf(unsigned int boolean) const {
 unsigned int MoveChain::nbOpposites(SumSide side) const {
     const Bipartition& bools = structure.increasingBools(side.sum);
     return side.up ? bools.sizeOut() : bools.sizeIn();
+}
+
+unsigned int MoveChain::oppositeAt(SumSide side, unsigned int i) const {
+    const Bipartition& bools = structure.increasingBools(side.sum);
+    return fixedFields.getRootSums()[side.sum].booleans[bools[(side.up ? bools.sizeIn() : 0) + i]];
 }
 
 unsigned int MoveChain::bestOpposite(SumSide side, long long enough, bool weighWorth) {
@@ -330,5 +348,86 @@ bool MoveChain::finish() {
     // evaluation judges those. A broken range is refused here.
     for (unsigned int sum : shifts.getUnsettled())
         if (fixedFields.getRange(sum).ranged) return false;
+    return true;
+}
+
+// --- Fill ----------------------------------------------------------------
+
+bool MoveChain::fill() {
+    if (objectiveSums.empty()) return false;
+    const unsigned int sum = objectiveSums[quickrand.nextInt(static_cast<unsigned int>(objectiveSums.size()))];
+    // The opposites of the side that gains on the objective are the
+    // booleans whose flip loses: the packed items of a maximised sum.
+    const SumSide gaining{sum, fixedFields.objectiveSign(sum) > 0};
+    const unsigned int n = nbOpposites(gaining);
+    if (n == 0) return false;
+    if (n < k) return false;
+    for (unsigned int opened = 0; opened < k; ++opened) {
+        unsigned int boolean = oppositeAt(gaining, quickrand.nextInt(n));
+        // The second drawn again while it is the first.
+        while (dag.isModified(boolean)) boolean = oppositeAt(gaining, quickrand.nextInt(n));
+        flipStep(boolean);
+    }
+    // The candidates move a sum that the opening moved back the other way
+    // (they use the room it left) and gain on the objectives; a boolean of
+    // several such sums is weighed once.
+    if (++stamp == 0) {
+        std::fill(marks.begin(), marks.end(), 0);
+        stamp = 1;
+    }
+    candidates.clear();
+    const DagFixedFields& fixed = dag.getFixedFields();
+    for (unsigned int touched : shifts.getTouched()) {
+        if (shifts[touched] == 0) continue;
+        const SumSide side{touched, shifts[touched] > 0};
+        const unsigned int m = nbOpposites(side);
+        if (m == 0) continue;
+        const unsigned int offset = quickrand.nextInt(m);
+        for (unsigned int i = 0; i < std::min(m, FILL_SCAN); ++i) {
+            const unsigned int boolean = oppositeAt(side, (offset + i) % m);
+            unsigned int& mark = marks[fixed.variableIndex(boolean)];
+            if (mark == stamp) continue;
+            mark = stamp;
+            if (dag.isModified(boolean)) continue;
+            const long long worth = worthOf(boolean);
+            if (worth > 0) candidates.emplace_back(static_cast<double>(worth) / usage(boolean), boolean);
+        }
+    }
+    // The best worth per room used first, each taken if it still fits: as
+    // the room only shrinks, this is taking the best that fits, again and
+    // again.
+    std::sort(candidates.begin(), candidates.end(),
+              [](const std::pair<double, unsigned int>& a, const std::pair<double, unsigned int>& b) {
+                  return a.first > b.first;
+              });
+    unsigned int taken = 0;
+    for (const std::pair<double, unsigned int>& candidate : candidates)
+        if (fits(candidate.second)) {
+            flipStep(candidate.second);
+            ++taken;
+        }
+    return taken != 0 && finish();
+}
+
+// The share of the room left in each sum that the flip would take, summed:
+// a flip filling a tight sum costs more than one filling a loose one.
+double MoveChain::usage(unsigned int boolean) const {
+    const long long value = dag.currentValue(boolean);
+    double used = 1e-9;
+    for (const RootBool::Entry& entry : rootBoolOf(boolean).constrainedEntries()) {
+        const long long step = shiftOf(entry, value);
+        const long long room = structure.roomBeyond(entry.sum, shifts[entry.sum], step > 0);
+        used += std::fabs(static_cast<double>(step)) / static_cast<double>(room > 0 ? room : 1);
+    }
+    return used;
+}
+
+bool MoveChain::fits(unsigned int boolean) const {
+    const long long value = dag.currentValue(boolean);
+    for (const RootBool::Entry& entry : rootBoolOf(boolean).constrainedEntries()) {
+        long long moved = 0;
+        if (__builtin_add_overflow(shifts[entry.sum], shiftOf(entry, value), &moved)) return false;
+        if (excess(entry.sum, moved) > shifts.excessOf(entry.sum)) return false;
+    }
     return true;
 }

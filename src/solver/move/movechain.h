@@ -5,6 +5,7 @@
 #include "solver/move/autonomousstructure.h"
 
 #include <limits>
+#include <utility>
 #include <vector>
 
 // One side of a root sum: the sum and whether a flip pushed it up.
@@ -61,11 +62,15 @@ struct SumSide {
 // built: the shifts belong to the thread's structure, reserved once.
 class MoveChain : public MoveK {
 public:
-    // The four shapes, each named by its kind word: "Cycle" (from any root
+    // The shapes, each named by its kind word: "Cycle" (from any root
     // sum back to it, k >= 2), "Path" (from a free root sum to free sums
     // only, k >= 2), and their forks "ForkCycle" and "ForkPath" (k >= 3),
     // whose first boolean is cancelled by l branches in one of its sums.
-    enum Shape { Cycle, Path, ForkCycle, ForkPath };
+    // "Fill" (k = 1 or 2) gives up k booleans of an objective sum, then
+    // takes every flip that the room they left makes possible, the most
+    // valuable first: drop an item and pack the best that now fit, or buy
+    // a column and sell the dearest ones it makes redundant.
+    enum Shape { Cycle, Path, ForkCycle, ForkPath, Fill };
 
     // `nbBranches`, the l of a fork (2 or 3), is 1 for the plain shapes;
     // anything else is refused.
@@ -107,6 +112,11 @@ protected:
     // Up to two more flips to settle what remains; false when a constraint
     // is still broken.
     bool finish();
+    // The Fill shape; false when nothing could be taken.
+    bool fill();
+    // Whether the flip of the boolean breaks no constraint further.
+    bool fits(unsigned int boolean) const;
+    double usage(unsigned int boolean) const;
 
     // flip, recording the shifts.
     void flipStep(unsigned int boolean);
@@ -124,6 +134,8 @@ protected:
     // ties go to the one best for the objectives, else to the first.
     unsigned int bestOpposite(SumSide side, long long enough, bool weighWorth);
     unsigned int nbOpposites(SumSide side) const;
+    // The i-th opposite of the side (i below nbOpposites).
+    unsigned int oppositeAt(SumSide side, unsigned int i) const;
     void prefetchDraws(const std::vector<unsigned int>& booleans, const Bipartition& bools, unsigned int first,
                        unsigned int n, unsigned int offset) const;
     // Which way flipping the boolean moves the sum.
@@ -148,4 +160,12 @@ protected:
     unsigned int lastFlipped = 0;
     unsigned int nbBranches;
     bool returnsToStart;
+    bool fills;
+    // Fill only: the objective sums, the candidates with their worth, and a
+    // mark per boolean rank so that a boolean of several sums is weighed
+    // once (marked when marks[rank] == stamp).
+    std::vector<unsigned int> objectiveSums;
+    std::vector<std::pair<double, unsigned int>> candidates;
+    std::vector<unsigned int> marks;
+    unsigned int stamp = 0;
 };

@@ -619,3 +619,49 @@ TEST(SearchDifferentialTest, IntervalMovesKeepTheGraphExact) {
         EXPECT_GT(counts[kind].second, 0u) << kind;
     }
 }
+
+// Knapsacks of several rows (some weights negative, some rows ranged from
+// below too) and set covers with costs, from all 0, a greedy start or all
+// 1: the fills keep the graph exact too, and are tried and taken.
+TEST(SearchDifferentialTest, FillMovesKeepTheGraphExact) {
+    MoveCounts counts;
+    const Range any{-(static_cast<__int128>(1) << 62), static_cast<__int128>(1) << 62};
+    for (unsigned int seed = 1; seed <= 12 && !::testing::Test::HasFatalFailure(); ++seed) {
+        std::mt19937 random(seed);
+        TestGraph g;
+        const unsigned int n = 12 + seed % 9, m = 1 + seed % 4;
+        std::vector<unsigned int> x;
+        for (unsigned int j = 0; j < n; ++j) x.push_back(g.boolean());
+        std::vector<long long> worths;
+        for (unsigned int j = 0; j < n; ++j) worths.push_back(1 + static_cast<long long>(random() % 50));
+        const bool cover = seed % 2 == 0;
+        for (unsigned int i = 0; i < m + (cover ? 2 * n / 3 : 0); ++i) {
+            std::vector<unsigned int> row;
+            std::vector<long long> weights;
+            for (unsigned int j = 0; j < n; ++j)
+                if (!cover || random() % 4 == 0) {
+                    row.push_back(x[j]);
+                    weights.push_back(cover ? 1 : static_cast<long long>(random() % 40) - (seed % 3 == 0 ? 8 : 0));
+                }
+            if (row.size() < 2) continue;
+            const unsigned int sum = g.add(ScalarSum, row, weights);
+            if (cover) {
+                g.constraint(g.add(Geq, {sum, g.constant(1)}));
+            } else {
+                g.constraint(g.add(Leq, {sum, g.constant(static_cast<long long>(n) * 6)}));
+                if (i == 1) g.constraint(g.add(Geq, {sum, g.constant(static_cast<long long>(n))}));
+            }
+        }
+        g.objective(g.add(ScalarSum, x, worths), cover ? Minimize : Maximize);
+        g.close();
+        std::vector<Range> ranges(g.fixed.nbNodes(), any);
+        std::vector<long long> start(n, seed % 3 == 2 ? 1 : 0);
+        for (int level : {0, 3}) {
+            SCOPED_TRACE(std::string(cover ? "cover" : "knapsack") + " seed " + std::to_string(seed) +
+                         " annealing level " + std::to_string(level));
+            runSearch(g, ranges, seed, level, 2500, counts, start);
+        }
+    }
+    EXPECT_GT(counts["Fill"].first, 1000u);
+    EXPECT_GT(counts["Fill"].second, 0u);
+}
