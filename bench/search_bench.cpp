@@ -7,13 +7,14 @@
 // objective reached beside a simple constructive reference.
 //
 // Usage: bench_search [iterations per instance, default 2000000] [family]
-//        [annealing level, default 1]
+//        [annealing level, default 1] [advanced parameter=value ...]
 
 #include "solver/kernel/dag.h"
 #include "solver/kernel/greedysolution.h"
 #include "solver/kernel/heuristic.h"
 #include "solver/kernel/quickrand.h"
 #include "graphfiller.h"
+#include "solver/kernel/searchparams.h"
 #include "solver/kernel/threadenv.h"
 #include "solver/move/autonomousfixedfields.h"
 
@@ -24,6 +25,7 @@
 #include <memory>
 #include <numeric>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -143,7 +145,7 @@ long long buildSetCover(GraphFiller& g, Quickrand& rand) {
 }
 
 void run(const char* name, long long (*build)(GraphFiller&, Quickrand&), unsigned long long nbIterations,
-         int annealingLevel) {
+         int annealingLevel, const std::vector<std::pair<std::string, int>>& advanced) {
     Quickrand rand(20240601);
     GraphFiller g;
     long long reference = build(g, rand);
@@ -158,6 +160,9 @@ void run(const char* name, long long (*build)(GraphFiller&, Quickrand&), unsigne
     AutonomousFixedFields autonomous(fixed);
     SearchParams params;
     params.annealingLevel = annealingLevel;
+    for (const std::pair<std::string, int>& setting : advanced)
+        for (unsigned int p = 0; p < NB_ADVANCED_PARAMS; ++p)
+            if (setting.first == ADVANCED_PARAMS[p].name) params.set(static_cast<AdvancedParam>(p), setting.second);
     ThreadEnv env(params, &dag, &autonomous, 12345);
     Heuristic& h = *env.getHeuristic();
     h.setIterationLimit(nbIterations);
@@ -182,8 +187,20 @@ int main(int argc, char** argv) {
     unsigned long long nbIterations = argc > 1 ? std::strtoull(argv[1], nullptr, 10) : 2000000;
     std::string only = argc > 2 ? argv[2] : "";
     int level = argc > 3 ? std::atoi(argv[3]) : 1;
-    if (only.empty() || only == "max-cut") run("max-cut", buildMaxCut, nbIterations, level);
-    if (only.empty() || only == "knapsack") run("knapsack", buildKnapsack, nbIterations, level);
-    if (only.empty() || only == "set-cover") run("set-cover", buildSetCover, nbIterations, level);
+    // Advanced parameters as name=value words after the level (a switch
+    // measured off: kFillEnabled=0).
+    std::vector<std::pair<std::string, int>> advanced;
+    for (int a = 4; a < argc; ++a) {
+        std::string word = argv[a];
+        std::size_t equals = word.find('=');
+        if (equals == std::string::npos) {
+            std::fprintf(stderr, "expected name=value: %s\n", argv[a]);
+            return 1;
+        }
+        advanced.emplace_back(word.substr(0, equals), std::atoi(word.c_str() + equals + 1));
+    }
+    if (only.empty() || only == "max-cut") run("max-cut", buildMaxCut, nbIterations, level, advanced);
+    if (only.empty() || only == "knapsack") run("knapsack", buildKnapsack, nbIterations, level, advanced);
+    if (only.empty() || only == "set-cover") run("set-cover", buildSetCover, nbIterations, level, advanced);
     return 0;
 }

@@ -15,9 +15,10 @@ namespace {
 const unsigned int OPPOSITE_DRAWS = 6;
 // Flips the end of a chain may add to settle what remains.
 const unsigned int FINISHING_FLIPS = 2;
-// Opposites a fill weighs per sum it touched: a sum over many booleans
-// offers a window of them from a random place.
-const unsigned int FILL_SCAN = 1024;
+// Booleans a fill looks at: a sum over many booleans offers a window of
+// them from a random place, so that a fill costs the same in a knapsack of
+// a hundred items or of thousands.
+const unsigned int FILL_SCAN = 64;
 
 const char* const KIND_WORDS[] = {"Cycle", "Path", "ForkCycle", "ForkPath", "Fill"};
 
@@ -377,35 +378,45 @@ bool MoveChain::fill() {
     }
     candidates.clear();
     const DagFixedFields& fixed = dag.getFixedFields();
+    unsigned int scanned = 0;
     for (unsigned int touched : shifts.getTouched()) {
         if (shifts[touched] == 0) continue;
         const SumSide side{touched, shifts[touched] > 0};
         const unsigned int m = nbOpposites(side);
         if (m == 0) continue;
         const unsigned int offset = quickrand.nextInt(m);
-        for (unsigned int i = 0; i < std::min(m, FILL_SCAN); ++i) {
+        for (unsigned int i = 0; i < m && scanned < FILL_SCAN; ++i) {
             const unsigned int boolean = oppositeAt(side, (offset + i) % m);
             unsigned int& mark = marks[fixed.variableIndex(boolean)];
             if (mark == stamp) continue;
             mark = stamp;
+            ++scanned;
             if (dag.isModified(boolean)) continue;
             const long long worth = worthOf(boolean);
-            if (worth > 0) candidates.emplace_back(static_cast<double>(worth) / usage(boolean), boolean);
+            if (worth > 0 && fits(boolean)) candidates.emplace_back(static_cast<double>(worth) / usage(boolean), boolean);
         }
     }
-    // The best worth per room used first, each taken if it still fits: as
-    // the room only shrinks, this is taking the best that fits, again and
-    // again.
-    std::sort(candidates.begin(), candidates.end(),
-              [](const std::pair<double, unsigned int>& a, const std::pair<double, unsigned int>& b) {
-                  return a.first > b.first;
-              });
+    // The best worth per room used that still fits, again and again. The
+    // room only shrinks as the fill goes (in a knapsack, a set cover), so
+    // a candidate that no longer fits is dropped for good.
     unsigned int taken = 0;
-    for (const std::pair<double, unsigned int>& candidate : candidates)
-        if (fits(candidate.second)) {
-            flipStep(candidate.second);
-            ++taken;
+    while (!candidates.empty()) {
+        unsigned int best = 0;
+        for (unsigned int c = 0; c < candidates.size();) {
+            if (taken != 0 && !fits(candidates[c].second)) {
+                candidates[c] = candidates.back();
+                candidates.pop_back();
+                continue;
+            }
+            if (candidates[c].first > candidates[best].first) best = c;
+            ++c;
         }
+        if (candidates.empty()) break;
+        flipStep(candidates[best].second);
+        ++taken;
+        candidates[best] = candidates.back();
+        candidates.pop_back();
+    }
     return taken != 0 && finish();
 }
 
