@@ -48,8 +48,17 @@ MoveChain::MoveChain(Dag& dag, Quickrand& quickrand, AutonomousStructure& struct
 }
 
 bool MoveChain::isValidK(Shape shape, unsigned int k, const AutonomousFixedFields& fixed) {
-    if (shape == Fill)
-        return (k == 1 || k == 2) && fixed.hasObjectiveSums() && fixed.getNbRootSums() > fixed.getNbFreeRootSums();
+    if (shape == Fill) {
+        // Fills pay where the constrained sums are wide (capacities, covers).
+        // Where they are pairs on average (conflicts: x + y <= 1), a fill is
+        // a swap that the chains make already, and taking the best fitting
+        // boolean every time narrowed the search (maximum cliques).
+        std::size_t booleans = 0;
+        const unsigned int nbFree = fixed.getNbFreeRootSums(), nbSums = fixed.getNbRootSums();
+        for (unsigned int sum = nbFree; sum < nbSums; ++sum) booleans += fixed.getRootSums()[sum].booleans.size();
+        return (k == 1 || k == 2) && fixed.hasObjectiveSums() && nbSums > nbFree &&
+               booleans >= 3 * static_cast<std::size_t>(nbSums - nbFree);
+    }
     bool forked = shape == ForkCycle || shape == ForkPath;
     unsigned int sums = shape == Cycle || shape == ForkCycle ? fixed.getNbRootSums() : fixed.getNbFreeRootSums();
     return k >= (forked ? 3u : 2u) && sums != 0;

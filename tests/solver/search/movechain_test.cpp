@@ -492,6 +492,25 @@ TEST(MoveChainTest, ValidSizesAndRefusals) {
     EXPECT_TRUE(MoveChain::isValidK(MoveChain::Fill, 2, fields));
     EXPECT_FALSE(MoveChain::isValidK(MoveChain::Fill, 3, fields));
     EXPECT_EQ(MoveChain(*s.dag, rand, *s.structure, MoveChain::Fill, 2, 1, 0).getName(), "2-Fill");
+    {
+        // Conflict pairs (x + y <= 1) under a sum to maximise: no fills;
+        // one wide row among them brings them back.
+        TestGraph g;
+        std::vector<unsigned int> x;
+        for (int j = 0; j < 6; ++j) x.push_back(g.boolean());
+        const unsigned int one = g.constant(1);
+        for (int j = 0; j < 6; j += 2) g.constraint(g.add(Leq, {g.add(BooleanSum, {x[j], x[j + 1]}), one}));
+        g.objective(g.add(BooleanSum, x), Maximize);
+        EXPECT_FALSE(MoveChain::isValidK(MoveChain::Fill, 1, AutonomousFixedFields(g.close())));
+        TestGraph wide;
+        std::vector<unsigned int> y;
+        for (int j = 0; j < 6; ++j) y.push_back(wide.boolean());
+        const unsigned int two = wide.constant(2);
+        for (int j = 0; j < 6; j += 2) wide.constraint(wide.add(Leq, {wide.add(BooleanSum, {y[j], y[j + 1]}), two}));
+        wide.constraint(wide.add(Leq, {wide.add(BooleanSum, y), wide.constant(4)}));
+        wide.objective(wide.add(BooleanSum, y), Maximize);
+        EXPECT_TRUE(MoveChain::isValidK(MoveChain::Fill, 1, AutonomousFixedFields(wide.close())));
+    }
     // A fork needs branches, a plain chain has exactly one.
     EXPECT_THROW(MoveChain(*s.dag, rand, *s.structure, MoveChain::ForkPath, 3, 1, 0, 1), KernelException);
     EXPECT_THROW(MoveChain(*s.dag, rand, *s.structure, MoveChain::Cycle, 3, 1, 0, 2), KernelException);
