@@ -21,6 +21,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <iostream>
 #include <cstdlib>
 #include <memory>
 #include <numeric>
@@ -179,6 +180,7 @@ void run(const char* name, long long (*build)(GraphFiller&, Quickrand&), unsigne
                 100.0 * h.getNbAccepted() / iterations, 100.0 * h.getNbImprovements() / iterations,
                 evaluated / iterations, seconds * 1e9 / iterations, h.getBestSolution().getObjectiveValues()[0], start,
                 reference, h.getBestSolution().getNbViolatedConstraints() ? " INFEASIBLE" : "");
+    if (std::getenv("QX_BENCH_STATS")) h.printStats(&std::cout);
 }
 
 }  // namespace

@@ -19,7 +19,10 @@
 #include "solver/kernel/threadenv.h"
 #include "solver/move/autonomousfixedfields.h"
 
+#include <boost/thread/thread.hpp>
+
 #include <algorithm>
+#include <exception>
 #include <chrono>
 #include <iostream>
 
@@ -127,30 +130,59 @@ void Quarrix::createSolver(SolveGraphs& compiled, const SearchParams& params) {
     graphs = &compiled;
     parallelizer.reset(new Parallelizer());
     const unsigned int seed = static_cast<unsigned int>(param->seed);
-    Quickrand rand(link ? Portfolio::rankSeed(seed, link->rank()) : seed);
-    GreedySolution greedy(&rand);
+    const unsigned int baseSeed = link ? Portfolio::rankSeed(seed, link->rank()) : seed;
     Solution start;
     compiled.convertSolution(solution.get(), &start);
     const unsigned int nbThreads = static_cast<unsigned int>(param->nbThreads);
     compiled.createCopies(nbThreads - 1);
     const DagFixedFields& fixed = compiled.getDag(0)->getFixedFields();
     autonomousFixedFields.reset(new AutonomousFixedFields(fixed));
-    for (unsigned int t = 0; t < nbThreads; ++t) {
-        Dag* dag = compiled.getDag(t);
-        // The user's values break a constraint (or cannot be evaluated): a
-        // greedy start instead, and failing that every constraint soft, to
-        // be worked back in.
-        const bool loaded = dag->loadSolution(start);
-        // A time-indexed schedule is placed job after job first: the greedy
-        // pass alone leaves jobs overlapping.
-        if ((!loaded || dag->getPropagation().getViolatedConstraints().sizeIn() != 0) &&
-            !(params.get(KIntervalEnabled) != 0 && greedy.placeIntervals(dag, *autonomousFixedFields)) &&
-            !greedy.computeSolution(dag))
-            dag->getPropagation().desactivateAllConstraints();
-        unsigned int seed = rand.nextInt(2147483647u);
-        threadEnvs.emplace_back(new ThreadEnv(params, dag, autonomousFixedFields.get(), seed));
-        parallelizer->addHeuristic(threadEnvs.back()->getHeuristic());
+    threadEnvs.resize(nbThreads);
+    std::vector<std::exception_ptr> failures(nbThreads);
+    auto prepare = [&](unsigned int t) {
+        try {
+            // Each thread draws its start and its search from its own
+            // generator: the first thread's run is a one-thread run's.
+            Quickrand rand(t == 0 ? baseSeed : Portfolio::rankSeed(baseSeed ^ 0x6A09E667u, static_cast<int>(t)));
+            GreedySolution greedy(&rand);
+            Dag* dag = compiled.getDag(t);
+            // The user's values break a constraint (or cannot be evaluated):
+            // a greedy start instead, and failing that every constraint
+            // soft, to be worked back in.
+            const bool loaded = dag->loadSolution(start);
+            // A time-indexed schedule is placed job after job first: the
+            // greedy pass alone leaves jobs overlapping.
+            if ((!loaded || dag->getPropagation().getViolatedConstraints().sizeIn() != 0) &&
+                !(params.get(KIntervalEnabled) != 0 && greedy.placeIntervals(dag, *autonomousFixedFields)) &&
+                !greedy.computeSolution(dag))
+                dag->getPropagation().desactivateAllConstraints();
+            const unsigned int threadSeed = rand.nextInt(2147483647u);
+            threadEnvs[t].reset(new ThreadEnv(params, dag, autonomousFixedFields.get(), threadSeed));
+        } catch (...) {
+            failures[t] = std::current_exception();
+        }
+    };
+    // The threads prepare their starts side by side: on a large model each
+    // greedy pass and each search structure takes a good part of a second.
+    // A thread that cannot be started prepares here, after the others.
+    std::vector<std::unique_ptr<boost::thread>> workers;
+    workers.reserve(nbThreads);
+    std::vector<unsigned int> here{0};
+    for (unsigned int t = 1; t < nbThreads; ++t) {
+        try {
+            workers.push_back(std::make_unique<boost::thread>([&prepare, t] { prepare(t); }));
+        } catch (...) {
+            here.push_back(t);
+        }
     }
+    for (unsigned int t : here) prepare(t);
+    for (std::unique_ptr<boost::thread>& worker : workers) worker->join();
+    for (std::exception_ptr& failure : failures)
+        if (failure) {
+            threadEnvs.clear();
+            std::rethrow_exception(failure);
+        }
+    for (const std::unique_ptr<ThreadEnv>& env : threadEnvs) parallelizer->addHeuristic(env->getHeuristic());
 }
 
 int Quarrix::computePhaseTimeLimit(int i) const {

@@ -254,4 +254,5 @@ void Heuristic::printStats(std::ostream* out) const {
     *out << "NbAccepted =" << getNbAccepted() << std::endl;
     *out << "NbImproved =" << getNbImprovements() << std::endl;
     *out << "NbInfeasibles =" << getNbInfeasibles() << std::endl;
+    for (const Move* move : moves) move->printStats(*out);
 }

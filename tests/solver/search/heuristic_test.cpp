@@ -244,7 +244,7 @@ TEST(HeuristicTest, AnnealingEndsAfterNinetyPercentOfTheIterations) {
     annealing->removeCallback(&probe);
 }
 
-TEST(HeuristicTest, PrintStatsGivesTheFourTotals) {
+TEST(HeuristicTest, PrintStatsGivesTheFourTotalsThenALinePerMove) {
     KnapsackSearch search(0);
     search.h().setIterationLimit(100);
     search.h().run();
@@ -254,7 +254,9 @@ TEST(HeuristicTest, PrintStatsGivesTheFourTotals) {
     expected << "NbAttempted =" << search.h().getNbAttempted() << "\nNbAccepted =" << search.h().getNbAccepted()
              << "\nNbImproved =" << search.h().getNbImprovements() << "\nNbInfeasibles ="
              << search.h().getNbInfeasibles() << "\n";
-    EXPECT_EQ(out.str(), expected.str());
+    const std::string text = out.str();
+    EXPECT_EQ(text.substr(0, expected.str().size()), expected.str());
+    EXPECT_EQ(static_cast<unsigned int>(std::count(text.begin(), text.end(), '\n')), 4 + search.h().getNbMoves());
     EXPECT_EQ(search.h().getNbAttempted(), 100u);
 }
 
