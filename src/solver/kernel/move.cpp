@@ -44,6 +44,10 @@ void Move::flip(unsigned int variable) {
     dag.getPropagation().modifyVariable(dag, variable, 1 - static_cast<long long>(dag.currentValue(variable)));
 }
 
+void Move::flipFrom(unsigned int variable, long long value) {
+    dag.getPropagation().modifyUnmodifiedVariable(dag, variable, 1 - value);
+}
+
 MoveK::MoveK(Dag& dag, Quickrand& quickrand, AutonomousStructure& structure, unsigned int k, const char* kind,
              unsigned int utilRate, unsigned int targeting)
     : Move(dag, quickrand, prefixName(k, kind), utilRate), k(k), targeting(targeting), structure(structure) {

@@ -45,6 +45,9 @@ public:
 protected:
     // Sets the boolean to the other value in the current move.
     void flip(unsigned int variable);
+    // The same for a boolean this move has not modified and whose
+    // committed value the caller knows: nothing is read from the graph.
+    void flipFrom(unsigned int variable, long long value);
 
     std::string name;
     Dag& dag;

@@ -146,6 +146,10 @@ void Propagation::prefetchFlip(const Dag& dag, unsigned int node, unsigned int s
 
 void Propagation::modifyVariable(Dag& dag, unsigned int node, long long value) {
     if (value == dag.currentValue(node) || dag.isModified(node)) return;
+    modifyUnmodifiedVariable(dag, node, value);
+}
+
+void Propagation::modifyUnmodifiedVariable(Dag& dag, unsigned int node, long long value) {
     dag.setNewValue(node, value);
     dag.setModified(node);
     modifiedVariables.push_back(node);

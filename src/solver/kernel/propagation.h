@@ -47,6 +47,9 @@ public:
     // Sets a variable's new value for this move; ignored when equal to the
     // committed value or when the variable was already changed in the move.
     void modifyVariable(Dag& dag, unsigned int node, long long value);
+    // For a variable not modified yet and known to take a new value: stores
+    // only, so that a move over data far in memory does not wait on it.
+    void modifyUnmodifiedVariable(Dag& dag, unsigned int node, long long value);
     // False when an active constraint became violated, or a node could not
     // be evaluated; the move was left half-evaluated and must be rolled back.
     bool eval(Dag& dag);

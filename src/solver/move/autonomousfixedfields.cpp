@@ -1,5 +1,6 @@
 #include "solver/move/autonomousfixedfields.h"
 
+#include "api/kernelexception.h"
 #include "solver/kernel/dagfixedfields.h"
 
 #include <algorithm>
@@ -8,7 +9,7 @@
 #include <tuple>
 
 AutonomousFixedFields::AutonomousFixedFields(const DagFixedFields& fixed)
-    : fixed(fixed), rootBools(fixed.nbBooleans()), rootSumIndices(fixed.nbNodes(), KernelConstants::NO_NODE) {
+    : fixed(fixed), rootSumIndices(fixed.nbNodes(), KernelConstants::NO_NODE) {
     positionInSum.assign(fixed.nbVariables(), KernelConstants::NO_NODE);
     initRootSums();
     positionInSum = std::vector<unsigned int>();
@@ -111,7 +112,7 @@ void AutonomousFixedFields::initRange(SumRange& sum, const std::vector<char>& un
 }
 
 bool AutonomousFixedFields::addRootSum(unsigned int node) {
-    RootSum sum{node, {}, {}};
+    RootSum sum{node, {}, {}, {}};
     // Sized once: grown by doubling, the lists of a model with millions of
     // booleans would hold up to twice their memory.
     sum.booleans.reserve(fixed.nbChilds(node));
@@ -146,6 +147,8 @@ bool AutonomousFixedFields::addRootSum(unsigned int node) {
     sum.booleans.resize(kept);
     sum.coefficients.resize(kept);
     if (sum.booleans.size() < 2) return false;
+    if (std::all_of(sum.coefficients.begin(), sum.coefficients.end(), [](long long c) { return c == 1; }))
+        std::vector<long long>().swap(sum.coefficients);
     rootSumIndices[node] = static_cast<unsigned int>(rootSums.size());
     rootSums.push_back(std::move(sum));
     return true;
@@ -154,24 +157,34 @@ bool AutonomousFixedFields::addRootSum(unsigned int node) {
 void AutonomousFixedFields::initBoolsToRootSums() {
     // Counted first, then filled in the order of the sums, so that each
     // boolean's free sums (the lower indexes) come first.
+    const unsigned int nbBooleans = fixed.nbBooleans();
+    std::vector<unsigned int> counts(nbBooleans, 0);
     for (const RootSum& sum : rootSums)
-        for (unsigned int boolean : sum.booleans) ++rootBools[fixed.variableIndex(boolean)].count;
+        for (unsigned int boolean : sum.booleans) ++counts[fixed.variableIndex(boolean)];
     std::size_t total = 0;
-    for (RootBool& rootBool : rootBools) total += rootBool.count;
-    rootBoolEntries.resize(total);
-    RootBool::Entry* next = rootBoolEntries.data();
-    for (RootBool& rootBool : rootBools) {
-        rootBool.first = next;
-        next += rootBool.count;
-        rootBool.count = 0;
+    blockOfRank.resize(nbBooleans);
+    for (unsigned int rank = 0; rank < nbBooleans; ++rank) {
+        // Blocks are addressed in 32 bits: 2^32 entries would take 64 GB.
+        if (total + counts[rank] + 1 > std::numeric_limits<unsigned int>::max())
+            throw KernelException("src/solver/move/autonomousfixedfields", __LINE__, "initBoolsToRootSums",
+                                  "Too many root sum entries.");
+        blockOfRank[rank] = static_cast<unsigned int>(total);
+        total += counts[rank] + 1;
     }
+    rootBoolEntries.resize(total);
+    // The header: the node, then the number of entries filled so far and
+    // of free ones among them.
+    for (unsigned int rank = 0; rank < nbBooleans; ++rank)
+        rootBoolEntries[blockOfRank[rank]] = {fixed.variables()[rank], 0, 0};
     for (unsigned int s = 0; s < rootSums.size(); ++s) {
-        const RootSum& sum = rootSums[s];
+        RootSum& sum = rootSums[s];
+        sum.blocks.resize(sum.booleans.size());
         for (unsigned int j = 0; j < sum.booleans.size(); ++j) {
-            RootBool& rootBool = rootBools[fixed.variableIndex(sum.booleans[j])];
-            rootBoolEntries[static_cast<std::size_t>(rootBool.first - rootBoolEntries.data()) + rootBool.count++] =
-                {s, j, sum.coefficients[j]};
-            if (s < nbFreeRootSums) ++rootBool.nbFree;
+            const unsigned int block = blockOfRank[fixed.variableIndex(sum.booleans[j])];
+            RootBool::Entry& header = rootBoolEntries[block];
+            rootBoolEntries[block + 1 + header.position++] = {s, j, sum.coefficientAt(j)};
+            if (s < nbFreeRootSums) ++header.coefficient;
+            sum.blocks[j] = block;
         }
     }
 }
@@ -181,8 +194,8 @@ std::vector<unsigned int> AutonomousFixedFields::rowsOfColumn(unsigned int sum) 
     const RootSum& column = rootSums[sum];
     if (sum < nbFreeRootSums || !ranges[sum].ranged) return rows;
     for (std::size_t j = 0; j < column.booleans.size(); ++j) {
-        RootBool::Entries entries = rootBools[fixed.variableIndex(column.booleans[j])].constrainedEntries();
-        if (column.coefficients[j] != 1 || entries.size() != 2) return {};
+        RootBool::Entries entries = getRootBool(fixed.variableIndex(column.booleans[j])).constrainedEntries();
+        if (column.coefficientAt(j) != 1 || entries.size() != 2) return {};
         // The row counts the boolean once too: a reversal moves whole cells
         // between rows, which keeps weighted rows (sizes in a capacity)
         // level only by chance.
@@ -236,10 +249,10 @@ void AutonomousFixedFields::initSequences() {
 
 void AutonomousFixedFields::initFreeBooleans() {
     for (unsigned int r = 0; r < fixed.nbBooleans(); ++r)
-        if (rootBools[r].isFree()) freeBooleans.push_back(fixed.variables()[r]);
+        if (getRootBool(r).isFree()) freeBooleans.push_back(fixed.variables()[r]);
 }
 
 void AutonomousFixedFields::initMonoConstrainedBooleans() {
     for (unsigned int r = 0; r < fixed.nbBooleans(); ++r)
-        if (rootBools[r].isMonoConstrained()) monoConstrainedBooleans.push_back(fixed.variables()[r]);
+        if (getRootBool(r).isMonoConstrained()) monoConstrainedBooleans.push_back(fixed.variables()[r]);
 }

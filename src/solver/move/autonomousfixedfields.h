@@ -10,7 +10,10 @@ class DagFixedFields;
 
 // Where one boolean decision stands in the root sums: the sums it takes part
 // in with its entry in each, and how many of those sums are free (no
-// constraint above them).
+// constraint above them). A view on the boolean's block in the shared
+// entry array: a header entry (the boolean's node, its number of sums and
+// of free ones) followed by its entries, so that a chain weighing a
+// boolean drawn from a sum finds all it needs on one or two cache lines.
 class RootBool {
 public:
     struct Entry {
@@ -28,26 +31,35 @@ public:
         unsigned int size() const { return static_cast<unsigned int>(last - first); }
     };
 
-    Entries getEntries() const { return {first, first + count}; }
+    // None: no boolean.
+    RootBool() = default;
+    explicit RootBool(const Entry* header) : header(header) {}
+    bool exists() const { return header != nullptr; }
+
+    // The boolean's node.
+    unsigned int getNode() const { return header->sum; }
+    Entries getEntries() const { return {header + 1, header + 1 + getNbRootSums()}; }
     // The entries of the free sums come first: those sums have the lower
     // indexes.
-    Entries freeEntries() const { return {first, first + nbFree}; }
-    Entries constrainedEntries() const { return {first + nbFree, first + count}; }
-    unsigned int getNbRootSums() const { return count; }
-    unsigned int getNbFreeRootSums() const { return nbFree; }
+    Entries freeEntries() const { return {header + 1, header + 1 + getNbFreeRootSums()}; }
+    Entries constrainedEntries() const { return {header + 1 + getNbFreeRootSums(), header + 1 + getNbRootSums()}; }
+    unsigned int getNbRootSums() const { return header->position; }
+    unsigned int getNbFreeRootSums() const { return static_cast<unsigned int>(header->coefficient); }
     // Flipping it moves no constrained sum.
-    bool isFree() const { return nbFree == count; }
+    bool isFree() const { return getNbFreeRootSums() == getNbRootSums(); }
     // At most one constrained sum: a swap inside that sum keeps it level.
-    bool isMonoConstrained() const { return count != 0 && count - nbFree < 2; }
+    bool isMonoConstrained() const {
+        return getNbRootSums() != 0 && getNbRootSums() - getNbFreeRootSums() < 2;
+    }
+    bool isSame(RootBool other) const { return header == other.header; }
+    // The block's lines, asked for ahead of a read.
+    void prefetch() const {
+        __builtin_prefetch(header);
+        __builtin_prefetch(header + 4);
+    }
 
 private:
-    friend class AutonomousFixedFields;
-    // A window on the entries of every boolean, kept in one array: a
-    // million booleans make one allocation, and a boolean's entries sit
-    // beside its neighbours'.
-    const Entry* first = nullptr;
-    unsigned int count = 0;
-    unsigned int nbFree = 0;
+    const Entry* header = nullptr;
 };
 
 // A sum over at least two booleans (directly or through a nonzero scalar):
@@ -55,7 +67,15 @@ private:
 struct RootSum {
     unsigned int node;
     std::vector<unsigned int> booleans;
+    // Empty when every coefficient is 1 (rows of assignments, covers,
+    // cuts): the lists of a large model weigh half as much.
     std::vector<long long> coefficients;
+    long long coefficientAt(unsigned int position) const {
+        return coefficients.empty() ? 1 : coefficients[position];
+    }
+    bool hasUnitCoefficients() const { return coefficients.empty(); }
+    // The block of each boolean in the entry array (see RootBool).
+    std::vector<unsigned int> blocks;
 };
 
 // The constraints comparing a constrained sum with constants give it the
@@ -110,8 +130,9 @@ public:
     static bool isRootSum(const DagFixedFields& fixed, unsigned int node);
 
     const DagFixedFields& getFixedFields() const { return fixed; }
-    const RootBool& getRootBool(unsigned int booleanRank) const { return rootBools[booleanRank]; }
-    void prefetchRootBool(unsigned int booleanRank) const { __builtin_prefetch(&rootBools[booleanRank]); }
+    RootBool getRootBool(unsigned int booleanRank) const { return rootBoolAt(blockOfRank[booleanRank]); }
+    // The boolean whose block starts at `block` (RootSum::blocks).
+    RootBool rootBoolAt(unsigned int block) const { return RootBool(&rootBoolEntries[block]); }
     const std::vector<RootSum>& getRootSums() const { return rootSums; }
     const SumRange& getRange(unsigned int sum) const { return ranges[sum]; }
     // +1 for a sum that is a maximised objective, -1 for a minimised one,
@@ -157,8 +178,10 @@ private:
     std::vector<unsigned int> positionInSum;
 
     const DagFixedFields& fixed;
-    std::vector<RootBool> rootBools;
+    // Every boolean's block, one after the other: a million booleans make
+    // one allocation, and a boolean's entries sit beside its header.
     std::vector<RootBool::Entry> rootBoolEntries;
+    std::vector<unsigned int> blockOfRank;
     std::vector<RootSum> rootSums;
     std::vector<char> underConstraint;
     std::vector<SumRange> ranges;

@@ -20,7 +20,7 @@ AutonomousStructure::~AutonomousStructure() { dag.getPropagation().disconnectLis
 
 void AutonomousStructure::setDirection(unsigned int sum, unsigned int position, long long value) {
     // Flipping from 0 adds the coefficient, flipping from 1 removes it.
-    bool up = (value == 0) == (fixedFields.getRootSums()[sum].coefficients[position] > 0);
+    bool up = (value == 0) == (fixedFields.getRootSums()[sum].coefficientAt(position) > 0);
     if (up) increasing[sum].setIn(position);
     else increasing[sum].setOut(position);
 }

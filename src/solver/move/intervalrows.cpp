@@ -41,9 +41,7 @@ bool IntervalRows::build(const AutonomousFixedFields& sums) {
     for (unsigned int s = sums.getNbFreeRootSums(); s < nbSums; ++s) {
         const SumRange& range = sums.getRange(s);
         if (!range.ranged || !range.followsBooleans || range.highest != 1 || range.lowest > 1) continue;
-        bool unit = true;
-        for (long long coefficient : rootSums[s].coefficients) unit = unit && coefficient == 1;
-        if (!unit) continue;
+        if (!rootSums[s].hasUnitCoefficients()) continue;
         kinds[s] = range.lowest == 1 ? Choice : Capacity;
         nbChoices += range.lowest == 1;
     }

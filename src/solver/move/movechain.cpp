@@ -19,6 +19,8 @@ const unsigned int FINISHING_FLIPS = 2;
 // them from a random place, so that a fill costs the same in a knapsack of
 // a hundred items or of thousands.
 const unsigned int FILL_SCAN = 64;
+// Flips a move usually stays within; more only grow the list once.
+const unsigned int RESERVED_FLIPS = 128;
 
 const char* const KIND_WORDS[] = {"Cycle", "Path", "ForkCycle", "ForkPath", "Fill"};
 
@@ -37,6 +39,7 @@ MoveChain::MoveChain(Dag& dag, Quickrand& quickrand, AutonomousStructure& struct
       nbBranches(nbBranches),
       returnsToStart(shape == Cycle || shape == ForkCycle),
       fills(shape == Fill) {
+    flipped.reserve(RESERVED_FLIPS);
     bool forked = shape == ForkCycle || shape == ForkPath;
     if (forked ? nbBranches < 2 : nbBranches != 1)
         throw KernelException("src/solver/move/movechain", __LINE__, "MoveChain", "Bad argument value.");
@@ -66,6 +69,7 @@ bool MoveChain::isValidK(Shape shape, unsigned int k, const AutonomousFixedField
 
 bool MoveChain::modify() {
     shifts.clear();
+    flipped.clear();
     if (fills) return fill();
     if (!startPath(!returnsToStart)) return false;
     unsigned int steps = k - 1;
@@ -83,7 +87,7 @@ bool MoveChain::modify() {
     return finish();
 }
 
-const RootBool& MoveChain::rootBoolOf(unsigned int boolean) const {
+RootBool MoveChain::rootBoolOf(unsigned int boolean) const {
     return fixedFields.getRootBool(dag.getFixedFields().variableIndex(boolean));
 }
 
@@ -95,9 +99,11 @@ SumSide MoveChain::sideOf(const RootBool::Entry& entry) const {
 
 // --- Starts --------------------------------------------------------------
 
-bool MoveChain::pickImprovingRootSum(bool freeOnly, unsigned int& sum, unsigned int& boolean) {
-    if (!structure.pickImprovingBoolean(dag, quickrand, boolean)) return false;
-    const RootBool::Entries entries = rootBoolOf(boolean).getEntries();
+bool MoveChain::pickImprovingRootSum(bool freeOnly, unsigned int& sum, RootBool& boolean) {
+    unsigned int node = 0;
+    if (!structure.pickImprovingBoolean(dag, quickrand, node)) return false;
+    boolean = rootBoolOf(node);
+    const RootBool::Entries entries = boolean.getEntries();
     unsigned int count = 0;
     for (const RootBool::Entry& entry : entries) count += !freeOnly || isFreeSum(entry.sum);
     if (count == 0) return false;
@@ -112,16 +118,16 @@ bool MoveChain::pickImprovingRootSum(bool freeOnly, unsigned int& sum, unsigned 
     return false;
 }
 
-bool MoveChain::pickRandomRootSum(bool freeOnly, unsigned int& sum, unsigned int& boolean) {
+bool MoveChain::pickRandomRootSum(bool freeOnly, unsigned int& sum, RootBool& boolean) {
     unsigned int n = freeOnly ? fixedFields.getNbFreeRootSums() : fixedFields.getNbRootSums();
     if (n == 0) return false;
     sum = quickrand.nextInt(n);
-    const std::vector<unsigned int>& booleans = fixedFields.getRootSums()[sum].booleans;
-    boolean = booleans[quickrand.nextInt(static_cast<unsigned int>(booleans.size()))];
+    const std::vector<unsigned int>& blocks = fixedFields.getRootSums()[sum].blocks;
+    boolean = fixedFields.rootBoolAt(blocks[quickrand.nextInt(static_cast<unsigned int>(blocks.size()))]);
     return true;
 }
 
-bool MoveChain::pickViolatedRootSum(unsigned int& sum, unsigned int& boolean) {
+bool MoveChain::pickViolatedRootSum(unsigned int& sum, RootBool& boolean) {
     const Bipartition& violated = dag.getPropagation().getViolatedConstraints();
     if (violated.sizeIn() == 0) return false;
     const DagFixedFields& fixed = dag.getFixedFields();
@@ -138,14 +144,15 @@ bool MoveChain::pickViolatedRootSum(unsigned int& sum, unsigned int& boolean) {
         const unsigned int position = value < range.lowest ? bools.getRandomIn(quickrand) : bools.getRandomOut(quickrand);
         if (position == Bipartition::NONE) continue;
         sum = index;
-        boolean = fixedFields.getRootSums()[index].booleans[position];
+        boolean = fixedFields.rootBoolAt(fixedFields.getRootSums()[index].blocks[position]);
         return true;
     }
     return false;
 }
 
 bool MoveChain::startPath(bool freeOnly) {
-    unsigned int sum = 0, boolean = 0;
+    unsigned int sum = 0;
+    RootBool boolean;
     const bool targeted = decideToTarget();
     const bool repairing = targeted && violationTargeting && !freeOnly && pickViolatedRootSum(sum, boolean);
     if (!repairing && !(targeted && pickImprovingRootSum(freeOnly, sum, boolean)) &&
@@ -154,7 +161,7 @@ bool MoveChain::startPath(bool freeOnly) {
     // A cycle that starts on a free sum would never come back to the
     // constrained sums of its first boolean: it is anchored on one of them.
     if (!freeOnly && isFreeSum(sum)) {
-        const RootBool::Entries entries = rootBoolOf(boolean).getEntries();
+        const RootBool::Entries entries = boolean.getEntries();
         unsigned int constrained = 0;
         for (const RootBool::Entry& entry : entries) constrained += !isFreeSum(entry.sum);
         if (constrained > 0) {
@@ -164,18 +171,18 @@ bool MoveChain::startPath(bool freeOnly) {
         }
     }
     startSum = sum;
-    flipStep(boolean);
+    flipStep(boolean, dag.currentValue(boolean.getNode()));
     return true;
 }
 
 // --- Steps ---------------------------------------------------------------
 
-void MoveChain::flipStep(unsigned int boolean) {
-    long long value = dag.currentValue(boolean);
-    flip(boolean);
-    lastFlipped = boolean;
+void MoveChain::flipStep(RootBool rootBool, long long value) {
+    flipFrom(rootBool.getNode(), value);
+    lastFlipped = rootBool;
+    flipped.push_back(rootBool);
     // Free sums are never unsettled: only the constrained ones are tracked.
-    for (const RootBool::Entry& entry : rootBoolOf(boolean).constrainedEntries()) {
+    for (const RootBool::Entry& entry : rootBool.constrainedEntries()) {
         shifts.add(entry.sum, shiftOf(entry, value));
         long long broken = excess(entry.sum, shifts[entry.sum]);
         shifts.setExcess(entry.sum, broken);
@@ -183,11 +190,10 @@ void MoveChain::flipStep(unsigned int boolean) {
     }
 }
 
-long long MoveChain::repair(unsigned int boolean) const {
+long long MoveChain::repair(RootBool rootBool, long long value) const {
     __int128 gain = 0;
-    long long value = dag.currentValue(boolean);
     unsigned int skipped = weighStart ? KernelConstants::NO_NODE : startSum;
-    for (const RootBool::Entry& entry : rootBoolOf(boolean).constrainedEntries()) {
+    for (const RootBool::Entry& entry : rootBool.constrainedEntries()) {
         if (entry.sum == skipped) continue;
         long long shift = shifts[entry.sum], step = shiftOf(entry, value), moved = 0;
         if (__builtin_add_overflow(shift, step, &moved))
@@ -197,10 +203,9 @@ long long MoveChain::repair(unsigned int boolean) const {
     return clamp(gain);
 }
 
-long long MoveChain::worthOf(unsigned int boolean) const {
+long long MoveChain::worthOf(RootBool rootBool, long long value) const {
     __int128 worth = 0;
-    long long value = dag.currentValue(boolean);
-    for (const RootBool::Entry& entry : rootBoolOf(boolean).freeEntries())
+    for (const RootBool::Entry& entry : rootBool.freeEntries())
         worth += static_cast<__int128>(fixedFields.objectiveSign(entry.sum)) * shiftOf(entry, value);
     return clamp(worth);
 }
@@ -215,31 +220,49 @@ unsigned int MoveChain::oppositeAt(SumSide side, unsigned int i) const {
     return fixedFields.getRootSums()[side.sum].booleans[bools[(side.up ? bools.sizeIn() : 0) + i]];
 }
 
-unsigned int MoveChain::bestOpposite(SumSide side, long long enough, bool weighWorth) {
+bool MoveChain::isFlipped(RootBool rootBool) const {
+    for (RootBool other : flipped)
+        if (other.isSame(rootBool)) return true;
+    return false;
+}
+
+// An unflipped opposite's committed value follows from the way its flip
+// moves the side's sum, which the bipartition told: reading it here spares
+// a load from the graph.
+long long MoveChain::valueAsOpposite(RootBool rootBool, SumSide side) {
+    for (const RootBool::Entry& entry : rootBool.getEntries())
+        if (entry.sum == side.sum) return (entry.coefficient > 0) == side.up ? 1 : 0;
+    return 0;
+}
+
+MoveChain::Opposite MoveChain::bestOpposite(SumSide side, long long enough, bool weighWorth) {
     const Bipartition& bools = structure.increasingBools(side.sum);
     unsigned int n = nbOpposites(side);
-    if (n == 0) return KernelConstants::NO_NODE;
+    if (n == 0) return Opposite();
     // Few opposites are all weighed, from a random one on so that ties do
     // not always go the same way; many are sampled. Among those repairing
     // as much, the one best for the objectives wins (the cheaper column,
     // the item of less value).
-    bool all = n <= OPPOSITE_DRAWS;
-    unsigned int first = side.up ? bools.sizeIn() : 0;
-    unsigned int offset = quickrand.nextInt(n);
-    const std::vector<unsigned int>& booleans = fixedFields.getRootSums()[side.sum].booleans;
-    if (!all) prefetchDraws(booleans, bools, first, n, offset);
-    unsigned int best = KernelConstants::NO_NODE;
+    const bool all = n <= OPPOSITE_DRAWS;
+    const unsigned int first = side.up ? bools.sizeIn() : 0, offset = quickrand.nextInt(n);
+    const unsigned int nbDraws = all ? n : OPPOSITE_DRAWS;
+    RootBool drawn[OPPOSITE_DRAWS];
+    drawOpposites(side, first, n, offset, drawn);
+    Opposite best;
     long long bestGain = std::numeric_limits<long long>::min(), bestWorth = 0;
     weighWorth = weighWorth && fixedFields.hasObjectiveSums();
-    for (unsigned int draw = 0; draw < (all ? n : OPPOSITE_DRAWS); ++draw) {
-        unsigned int i = all ? (offset + draw) % n : (draw == 0 ? offset : quickrand.nextInt(n));
-        unsigned int boolean = booleans[bools[first + i]];
-        if (dag.isModified(boolean)) continue;
-        long long gain = repair(boolean);
-        if (best != KernelConstants::NO_NODE && gain < bestGain) continue;
-        long long worth = weighWorth ? worthOf(boolean) : 0;
-        if (best == KernelConstants::NO_NODE || gain > bestGain || worth > bestWorth) {
-            best = boolean;
+    for (unsigned int draw = 0; draw < nbDraws; ++draw) {
+        // The weighing loop draws as it goes, the same values as drawn
+        // ahead: the generator ends where a loop stopping early leaves it.
+        if (!all && draw != 0) quickrand.nextInt(n);
+        const RootBool rootBool = drawn[draw];
+        if (isFlipped(rootBool)) continue;
+        const long long value = valueAsOpposite(rootBool, side);
+        long long gain = repair(rootBool, value);
+        if (best.rootBool.exists() && gain < bestGain) continue;
+        long long worth = weighWorth ? worthOf(rootBool, value) : 0;
+        if (!best.rootBool.exists() || gain > bestGain || worth > bestWorth) {
+            best = {rootBool, value};
             bestGain = gain;
             bestWorth = worth;
             // Nothing repairs more; one that costs the objectives nothing
@@ -250,25 +273,27 @@ unsigned int MoveChain::bestOpposite(SumSide side, long long enough, bool weighW
     return best;
 }
 
-// The sampled opposites of a large sum lie anywhere in the graph, and
-// weighing one waits on three loads that depend on each other (the node's
-// value, its rank, its entries). Drawn ahead on a copy of the generator
-// (the same values the weighing loop draws next), the samples' loads are
-// asked for level by level, so that they overlap instead of queueing.
-void MoveChain::prefetchDraws(const std::vector<unsigned int>& booleans, const Bipartition& bools,
-                              unsigned int first, unsigned int n, unsigned int offset) const {
+// The opposites weighed lie anywhere in the graph. Gathered before any is
+// weighed (the sampled ones drawn on a copy of the generator, the same
+// values the weighing loop draws next), their blocks are asked for
+// together, so that the misses overlap instead of queueing.
+void MoveChain::drawOpposites(SumSide side, unsigned int first, unsigned int n, unsigned int offset,
+                              RootBool* drawn) const {
+    const Bipartition& bools = structure.increasingBools(side.sum);
+    const std::vector<unsigned int>& blocks = fixedFields.getRootSums()[side.sum].blocks;
+    if (n <= OPPOSITE_DRAWS) {
+        for (unsigned int draw = 0; draw < n; ++draw) {
+            drawn[draw] = fixedFields.rootBoolAt(blocks[bools[first + (offset + draw) % n]]);
+            drawn[draw].prefetch();
+        }
+        return;
+    }
     // The state alone: copying the generator would copy its scratch lists.
     Quickrand ahead(quickrand.getState());
-    unsigned int drawn[OPPOSITE_DRAWS];
     for (unsigned int draw = 0; draw < OPPOSITE_DRAWS; ++draw) {
-        drawn[draw] = booleans[bools[first + (draw == 0 ? offset : ahead.nextInt(n))]];
-        dag.prefetch(drawn[draw]);
-        dag.getFixedFields().prefetchVariableIndex(drawn[draw]);
+        drawn[draw] = fixedFields.rootBoolAt(blocks[bools[first + (draw == 0 ? offset : ahead.nextInt(n))]]);
+        drawn[draw].prefetch();
     }
-    for (unsigned int draw = 0; draw < OPPOSITE_DRAWS; ++draw)
-        fixedFields.prefetchRootBool(dag.getFixedFields().variableIndex(drawn[draw]));
-    for (unsigned int draw = 0; draw < OPPOSITE_DRAWS; ++draw)
-        __builtin_prefetch(rootBoolOf(drawn[draw]).getEntries().first);
 }
 
 MoveChain::Step MoveChain::settle(bool withStart) {
@@ -295,14 +320,14 @@ MoveChain::Step MoveChain::settle(bool withStart) {
         }
     }
     if (fewest == std::numeric_limits<unsigned int>::max()) return Settled;
-    unsigned int boolean = bestOpposite(chosen, clamp(total), true);
-    if (boolean == KernelConstants::NO_NODE) return Stuck;
-    flipStep(boolean);
+    const Opposite opposite = bestOpposite(chosen, clamp(total), true);
+    if (!opposite.rootBool.exists()) return Stuck;
+    flipStep(opposite.rootBool, opposite.value);
     return Moved;
 }
 
-bool MoveChain::pickFreeSide(unsigned int boolean, SumSide& side) {
-    RootBool::Entries entries = rootBoolOf(boolean).freeEntries();
+bool MoveChain::pickFreeSide(RootBool boolean, SumSide& side) {
+    RootBool::Entries entries = boolean.freeEntries();
     unsigned int n = entries.size();
     if (n == 0) return false;
     unsigned int i = quickrand.nextInt(n);
@@ -319,9 +344,9 @@ bool MoveChain::trade() {
     weighStart = !returnsToStart;
     SumSide side{0, false};
     if (!pickFreeSide(lastFlipped, side)) return false;
-    unsigned int boolean = bestOpposite(side, 0, false);
-    if (boolean == KernelConstants::NO_NODE) return false;
-    flipStep(boolean);
+    const Opposite opposite = bestOpposite(side, 0, false);
+    if (!opposite.rootBool.exists()) return false;
+    flipStep(opposite.rootBool, opposite.value);
     return true;
 }
 
@@ -331,7 +356,7 @@ bool MoveChain::fork() {
     weighStart = !returnsToStart;
     SumSide side{0, false};
     unsigned int fewest = std::numeric_limits<unsigned int>::max();
-    for (const RootBool::Entry& entry : rootBoolOf(lastFlipped).constrainedEntries()) {
+    for (const RootBool::Entry& entry : lastFlipped.constrainedEntries()) {
         if ((returnsToStart && entry.sum == startSum) || shifts.excessOf(entry.sum) <= 0) continue;
         unsigned int count = nbOpposites(sideOf(entry));
         if (count < fewest) {
@@ -341,9 +366,9 @@ bool MoveChain::fork() {
     }
     if (fewest == std::numeric_limits<unsigned int>::max() && !pickFreeSide(lastFlipped, side)) return false;
     for (unsigned int b = 0; b < nbBranches; ++b) {
-        unsigned int boolean = bestOpposite(side, std::numeric_limits<long long>::max(), false);
-        if (boolean == KernelConstants::NO_NODE) return false;
-        flipStep(boolean);
+        const Opposite opposite = bestOpposite(side, std::numeric_limits<long long>::max(), false);
+        if (!opposite.rootBool.exists()) return false;
+        flipStep(opposite.rootBool, opposite.value);
     }
     return true;
 }
@@ -376,7 +401,7 @@ bool MoveChain::fill() {
         unsigned int boolean = oppositeAt(gaining, quickrand.nextInt(n));
         // The second drawn again while it is the first.
         while (dag.isModified(boolean)) boolean = oppositeAt(gaining, quickrand.nextInt(n));
-        flipStep(boolean);
+        flipStep(rootBoolOf(boolean), dag.currentValue(boolean));
     }
     // The candidates move a sum that the opening moved back the other way
     // (they use the room it left) and gain on the objectives; a boolean of
@@ -401,7 +426,7 @@ bool MoveChain::fill() {
             mark = stamp;
             ++scanned;
             if (dag.isModified(boolean)) continue;
-            const long long worth = worthOf(boolean);
+            const long long worth = worthOf(rootBoolOf(boolean), dag.currentValue(boolean));
             if (worth > 0 && fits(boolean)) candidates.emplace_back(static_cast<double>(worth) / usage(boolean), boolean);
         }
     }
@@ -421,7 +446,7 @@ bool MoveChain::fill() {
             ++c;
         }
         if (candidates.empty()) break;
-        flipStep(candidates[best].second);
+        flipStep(rootBoolOf(candidates[best].second), dag.currentValue(candidates[best].second));
         ++taken;
         candidates[best] = candidates.back();
         candidates.pop_back();

@@ -91,12 +91,12 @@ protected:
     // A flipped first boolean and its sum, targeted at an improving boolean
     // with the targeting probability, else random.
     bool startPath(bool freeOnly);
-    bool pickImprovingRootSum(bool freeOnly, unsigned int& sum, unsigned int& boolean);
+    bool pickImprovingRootSum(bool freeOnly, unsigned int& sum, RootBool& boolean);
     // While some constraint is violated: a violated constraint on a ranged
     // root sum, and a boolean of that sum whose flip moves it back toward
     // its range.
-    bool pickViolatedRootSum(unsigned int& sum, unsigned int& boolean);
-    bool pickRandomRootSum(bool freeOnly, unsigned int& sum, unsigned int& boolean);
+    bool pickViolatedRootSum(unsigned int& sum, RootBool& boolean);
+    bool pickRandomRootSum(bool freeOnly, unsigned int& sum, RootBool& boolean);
 
     // One flip settling an unsettled sum (the start sum of a cycle only with
     // `withStart`); Settled when there is none, Stuck when no opposite is
@@ -106,7 +106,7 @@ protected:
     // there is none or it offers no opposite.
     bool trade();
     // A random free sum of the boolean, as moved by its flip.
-    bool pickFreeSide(unsigned int boolean, SumSide& side);
+    bool pickFreeSide(RootBool boolean, SumSide& side);
     // l opposites in one sum of the first boolean.
     bool fork();
     // Up to two more flips to settle what remains; false when a constraint
@@ -118,26 +118,36 @@ protected:
     bool fits(unsigned int boolean) const;
     double usage(unsigned int boolean) const;
 
-    // flip, recording the shifts.
-    void flipStep(unsigned int boolean);
+    // flip of the unflipped boolean of committed value `value`, recording
+    // the shifts.
+    void flipStep(RootBool boolean, long long value);
     // How much further the sum's constraints are broken after the shift
     // than before the move; 0 when settled.
     long long excess(unsigned int sum, long long shift) const { return structure.excess(sum, shift); }
     // What flipping the boolean now does to the objectives that are root
     // sums, positive when it improves them.
-    long long worthOf(unsigned int boolean) const;
-    // What flipping the boolean now repairs minus what it breaks.
-    long long repair(unsigned int boolean) const;
+    long long worthOf(RootBool rootBool, long long value) const;
+    // What flipping the boolean of committed value `value` now repairs
+    // minus what it breaks.
+    long long repair(RootBool rootBool, long long value) const;
     // The best unflipped opposite of the side among all of them when they
-    // are few, else among a few random ones; NO_NODE when none comes up.
+    // are few, else among a few random ones; none when none comes up.
     // One whose repair reaches `enough` is taken at once. With `weighWorth`
     // ties go to the one best for the objectives, else to the first.
-    unsigned int bestOpposite(SumSide side, long long enough, bool weighWorth);
+    // An opposite and its committed value.
+    struct Opposite {
+        RootBool rootBool;
+        long long value = 0;
+    };
+    Opposite bestOpposite(SumSide side, long long enough, bool weighWorth);
     unsigned int nbOpposites(SumSide side) const;
     // The i-th opposite of the side (i below nbOpposites).
     unsigned int oppositeAt(SumSide side, unsigned int i) const;
-    void prefetchDraws(const std::vector<unsigned int>& booleans, const Bipartition& bools, unsigned int first,
-                       unsigned int n, unsigned int offset) const;
+    // The opposites bestOpposite weighs, in its order.
+    void drawOpposites(SumSide side, unsigned int first, unsigned int n, unsigned int offset, RootBool* drawn) const;
+    // Whether the boolean was flipped in this move.
+    bool isFlipped(RootBool rootBool) const;
+    static long long valueAsOpposite(RootBool rootBool, SumSide side);
     // Which way flipping the boolean moves the sum.
     SumSide sideOf(const RootBool::Entry& entry) const;
     // What flipping a boolean of committed value `value` does to the sum of
@@ -147,7 +157,7 @@ protected:
         return entry.coefficient == std::numeric_limits<long long>::min() ? std::numeric_limits<long long>::max()
                                                                            : -entry.coefficient;
     }
-    const RootBool& rootBoolOf(unsigned int boolean) const;
+    RootBool rootBoolOf(unsigned int boolean) const;
     bool isFreeSum(unsigned int sum) const { return sum < fixedFields.getNbFreeRootSums(); }
 
     const AutonomousFixedFields& fixedFields;
@@ -157,7 +167,7 @@ protected:
     // Whether repair() counts the start sum: always for paths, for cycles
     // only when closing.
     bool weighStart = true;
-    unsigned int lastFlipped = 0;
+    RootBool lastFlipped;
     unsigned int nbBranches;
     bool returnsToStart;
     bool fills;
@@ -168,4 +178,8 @@ protected:
     std::vector<std::pair<double, unsigned int>> candidates;
     std::vector<unsigned int> marks;
     unsigned int stamp = 0;
+    // The booleans this move flipped, a handful but for fills: scanned
+    // rather than the graph's flags, which would cost a load per weighed
+    // boolean.
+    std::vector<RootBool> flipped;
 };

@@ -42,7 +42,7 @@ bool MoveKGate::isValidSwap(const AutonomousFixedFields& fixed) {
     return true;
 }
 
-const RootBool& MoveKGate::rootBoolOf(unsigned int boolean) const {
+RootBool MoveKGate::rootBoolOf(unsigned int boolean) const {
     return fixedFields.getRootBool(dag.getFixedFields().variableIndex(boolean));
 }
 
@@ -165,7 +165,7 @@ bool MoveKGate::replace(unsigned int boolean) {
         for (unsigned int i = 0; i < bools.sizeIn(); ++i) {
             unsigned int position = bools[i];
             unsigned int candidate = sum.booleans[position];
-            if (sum.coefficients[position] <= 0 || dag.isModified(candidate)) continue;
+            if (sum.coefficientAt(position) <= 0 || dag.isModified(candidate)) continue;
             unsigned int rank = dag.getFixedFields().variableIndex(candidate);
             if (!gatesOpen(rank)) continue;
             const RootBool& rootBool = fixedFields.getRootBool(rank);
@@ -226,7 +226,7 @@ unsigned int MoveKGate::takeOver(unsigned int gate) {
             const RootSum& sum = fixedFields.getRootSums()[entry.sum];
             for (unsigned int i = bools.sizeIn(); i < bools.size() && holder == KernelConstants::NO_NODE; ++i) {
                 unsigned int other = sum.booleans[bools[i]];
-                if (sum.coefficients[bools[i]] > 0 && !dag.isModified(other)) holder = other;
+                if (sum.coefficientAt(bools[i]) > 0 && !dag.isModified(other)) holder = other;
             }
             break;
         }

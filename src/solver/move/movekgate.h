@@ -74,7 +74,7 @@ private:
     bool gatesOpen(unsigned int booleanRank) const;
     // Every constraint is hard: a move that breaks one would be refused.
     bool isFeasible() const;
-    const RootBool& rootBoolOf(unsigned int boolean) const;
+    RootBool rootBoolOf(unsigned int boolean) const;
 
     Kind kind;
     const AutonomousFixedFields& fixedFields;

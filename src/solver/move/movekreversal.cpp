@@ -10,7 +10,7 @@ MoveKReversal::MoveKReversal(Dag& dag, Quickrand& quickrand, AutonomousStructure
                              unsigned int targeting)
     : MoveK(dag, quickrand, structure, 1, "Reversal", utilRate, targeting), fixedFields(structure.getFixedFields()) {}
 
-const RootBool& MoveKReversal::rootBoolOf(unsigned int boolean) const {
+RootBool MoveKReversal::rootBoolOf(unsigned int boolean) const {
     return fixedFields.getRootBool(dag.getFixedFields().variableIndex(boolean));
 }
 

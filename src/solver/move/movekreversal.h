@@ -26,7 +26,7 @@ private:
     bool targetColumn(unsigned int& sequence, unsigned int& place);
     // Exchanges the contents of two columns; false when they hold the same.
     bool exchangeColumns(const SumSequence& sequence, unsigned int a, unsigned int b);
-    const RootBool& rootBoolOf(unsigned int boolean) const;
+    RootBool rootBoolOf(unsigned int boolean) const;
 
     const AutonomousFixedFields& fixedFields;
 };

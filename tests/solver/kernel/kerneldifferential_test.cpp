@@ -456,7 +456,7 @@ private:
         const std::vector<RootSum>& sums = structure.getFixedFields().getRootSums();
         for (unsigned int s = 0; s < sums.size(); ++s)
             for (unsigned int j = 0; j < sums[s].booleans.size(); ++j) {
-                bool up = (values[sums[s].booleans[j]] == 0) == (sums[s].coefficients[j] > 0);
+                bool up = (values[sums[s].booleans[j]] == 0) == (sums[s].coefficientAt(j) > 0);
                 ASSERT_EQ(structure.increasingBools(s).isIn(j), up) << "root sum " << s << " entry " << j;
             }
     }

@@ -112,6 +112,52 @@ TEST(AutonomousFixedFieldsTest, ClassifiesSumsAndBooleans) {
     EXPECT_FALSE(MoveKBalance::isValidK(3, a));
 }
 
+// Each position of a root sum leads to its boolean's block, whose header
+// names the boolean and whose entry for that sum carries the position and
+// the coefficient; unit sums keep no coefficient list.
+TEST(AutonomousFixedFieldsTest, BlocksOfASumLeadToItsBooleans) {
+    TestGraph g;
+    std::vector<unsigned int> x;
+    for (int i = 0; i < 4; ++i) x.push_back(g.boolean());
+    unsigned int unit = g.add(Sum, {x[0], x[1], x[2]});
+    unsigned int weighted = g.add(ScalarSum, {x[3], x[1], x[0]}, {5, -1, 1});
+    g.constraint(g.add(Eq, {unit, g.constant(1)}));
+    g.constraint(g.add(Leq, {weighted, g.constant(4)}));
+    g.objective(g.add(Sum, {x[2], x[3]}), Maximize);
+    const DagFixedFields& fixed = g.close();
+    AutonomousFixedFields a(fixed);
+    ASSERT_EQ(a.getNbRootSums(), 3u);
+    const RootSum& units = a.getRootSums()[a.rootSumIndex(unit)];
+    EXPECT_TRUE(units.hasUnitCoefficients());
+    EXPECT_EQ(units.coefficientAt(2), 1);
+    EXPECT_FALSE(a.getRootSums()[a.rootSumIndex(weighted)].hasUnitCoefficients());
+    for (unsigned int s = 0; s < a.getNbRootSums(); ++s) {
+        const RootSum& sum = a.getRootSums()[s];
+        ASSERT_EQ(sum.blocks.size(), sum.booleans.size());
+        for (unsigned int j = 0; j < sum.booleans.size(); ++j) {
+            const RootBool rootBool = a.rootBoolAt(sum.blocks[j]);
+            EXPECT_EQ(rootBool.getNode(), sum.booleans[j]);
+            EXPECT_TRUE(rootBool.isSame(a.getRootBool(fixed.variableIndex(sum.booleans[j]))));
+            unsigned int found = 0;
+            for (const RootBool::Entry& entry : rootBool.getEntries()) {
+                if (entry.sum != s) continue;
+                ++found;
+                EXPECT_EQ(entry.position, j);
+                EXPECT_EQ(entry.coefficient, sum.coefficientAt(j));
+            }
+            EXPECT_EQ(found, 1u) << "sum " << s << " position " << j;
+        }
+    }
+    // x1 is in the two constrained sums only, x2 in the objective too.
+    const RootBool x1 = a.getRootBool(fixed.variableIndex(x[1]));
+    EXPECT_EQ(x1.getNbRootSums(), 2u);
+    EXPECT_EQ(x1.getNbFreeRootSums(), 0u);
+    const RootBool x2 = a.getRootBool(fixed.variableIndex(x[2]));
+    EXPECT_EQ(x2.getNbFreeRootSums(), 1u);
+    EXPECT_EQ(x2.freeEntries()[0].sum, 0u);  // the free sum has the lowest index
+    EXPECT_EQ(x2.constrainedEntries()[0].sum, a.rootSumIndex(unit));
+}
+
 TEST(MoveTest, SwapsAndBalancesKeepAnEqualitySumLevel) {
     Exactly5 m;
     ASSERT_EQ(m.dag->getPropagation().getActiveConstraints().sizeOut(), 0u);
