@@ -112,7 +112,7 @@ void AutonomousFixedFields::initRange(SumRange& sum, const std::vector<char>& un
 }
 
 bool AutonomousFixedFields::addRootSum(unsigned int node) {
-    RootSum sum{node, {}, {}, {}};
+    RootSum sum{node, {}, {}};
     // Sized once: grown by doubling, the lists of a model with millions of
     // booleans would hold up to twice their memory.
     sum.booleans.reserve(fixed.nbChilds(node));
@@ -177,14 +177,12 @@ void AutonomousFixedFields::initBoolsToRootSums() {
     for (unsigned int rank = 0; rank < nbBooleans; ++rank)
         rootBoolEntries[blockOfRank[rank]] = {fixed.variables()[rank], 0, 0};
     for (unsigned int s = 0; s < rootSums.size(); ++s) {
-        RootSum& sum = rootSums[s];
-        sum.blocks.resize(sum.booleans.size());
+        const RootSum& sum = rootSums[s];
         for (unsigned int j = 0; j < sum.booleans.size(); ++j) {
             const unsigned int block = blockOfRank[fixed.variableIndex(sum.booleans[j])];
             RootBool::Entry& header = rootBoolEntries[block];
             rootBoolEntries[block + 1 + header.position++] = {s, j, sum.coefficientAt(j)};
             if (s < nbFreeRootSums) ++header.coefficient;
-            sum.blocks[j] = block;
         }
     }
 }

@@ -74,8 +74,6 @@ struct RootSum {
         return coefficients.empty() ? 1 : coefficients[position];
     }
     bool hasUnitCoefficients() const { return coefficients.empty(); }
-    // The block of each boolean in the entry array (see RootBool).
-    std::vector<unsigned int> blocks;
 };
 
 // The constraints comparing a constrained sum with constants give it the
@@ -130,8 +128,10 @@ public:
     static bool isRootSum(const DagFixedFields& fixed, unsigned int node);
 
     const DagFixedFields& getFixedFields() const { return fixed; }
-    RootBool getRootBool(unsigned int booleanRank) const { return rootBoolAt(blockOfRank[booleanRank]); }
-    // The boolean whose block starts at `block` (RootSum::blocks).
+    RootBool getRootBool(unsigned int booleanRank) const { return rootBoolAt(blockOf(booleanRank)); }
+    // Where the boolean's block starts in the entry array, and the boolean
+    // whose block starts there.
+    unsigned int blockOf(unsigned int booleanRank) const { return blockOfRank[booleanRank]; }
     RootBool rootBoolAt(unsigned int block) const { return RootBool(&rootBoolEntries[block]); }
     const std::vector<RootSum>& getRootSums() const { return rootSums; }
     const SumRange& getRange(unsigned int sum) const { return ranges[sum]; }

@@ -3,11 +3,25 @@
 #include "solver/kernel/dag.h"
 #include "solver/kernel/quickrand.h"
 
+#include <algorithm>
+#include <utility>
+
 AutonomousStructure::AutonomousStructure(Dag& dag, const AutonomousFixedFields& fixedFields)
     : dag(dag), fixedFields(fixedFields), increasing(fixedFields.getNbRootSums()),
       rooms(fixedFields.getNbRootSums()), shifts(fixedFields.getNbRootSums()) {
     const std::vector<RootSum>& sums = fixedFields.getRootSums();
+    const DagFixedFields& fixed = dag.getFixedFields();
+    firstOrdered.resize(sums.size());
+    std::size_t total = 0;
     for (unsigned int s = 0; s < sums.size(); ++s) {
+        firstOrdered[s] = total;
+        total += sums[s].booleans.size();
+    }
+    orderedBlocks.resize(total);
+    for (unsigned int s = 0; s < sums.size(); ++s) {
+        // The bipartition starts as the identity: places are positions.
+        for (unsigned int j = 0; j < sums[s].booleans.size(); ++j)
+            orderedBlocks[firstOrdered[s] + j] = fixedFields.blockOf(fixed.variableIndex(sums[s].booleans[j]));
         increasing[s].init(static_cast<unsigned int>(sums[s].booleans.size()));
         for (unsigned int j = 0; j < sums[s].booleans.size(); ++j)
             setDirection(s, j, dag.currentValue(sums[s].booleans[j]));
@@ -21,8 +35,13 @@ AutonomousStructure::~AutonomousStructure() { dag.getPropagation().disconnectLis
 void AutonomousStructure::setDirection(unsigned int sum, unsigned int position, long long value) {
     // Flipping from 0 adds the coefficient, flipping from 1 removes it.
     bool up = (value == 0) == (fixedFields.getRootSums()[sum].coefficientAt(position) > 0);
-    if (up) increasing[sum].setIn(position);
-    else increasing[sum].setOut(position);
+    Bipartition& bools = increasing[sum];
+    const unsigned int from = bools.getPosition(position);
+    if (up) bools.setIn(position);
+    else bools.setOut(position);
+    // A move between the parts swaps two places: their blocks follow.
+    const unsigned int to = bools.getPosition(position);
+    if (from != to) std::swap(orderedBlocks[firstOrdered[sum] + from], orderedBlocks[firstOrdered[sum] + to]);
 }
 
 AutonomousStructure::Room AutonomousStructure::roomOf(unsigned int sum) const {

@@ -81,8 +81,11 @@ public:
     void notifyCommit() override;
 
     const AutonomousFixedFields& getFixedFields() const { return fixedFields; }
-    Bipartition& increasingBools(unsigned int sum) { return increasing[sum]; }
     const Bipartition& increasingBools(unsigned int sum) const { return increasing[sum]; }
+    // The block of the boolean in each place of the sum's bipartition, in
+    // the bipartition's order (RootSum::blocks lists them by position): a
+    // boolean drawn from one part is one load away from its block.
+    const unsigned int* blocksInOrder(unsigned int sum) const { return &orderedBlocks[firstOrdered[sum]]; }
 
     // The first objective not at the best value its node can take.
     bool getObjToBeImproved(const Dag& dag, unsigned int nbObjectives, unsigned int& objective) const;
@@ -138,6 +141,8 @@ private:
     Dag& dag;
     const AutonomousFixedFields& fixedFields;
     std::vector<Bipartition> increasing;
+    std::vector<unsigned int> orderedBlocks;
+    std::vector<std::size_t> firstOrdered;
     std::vector<Room> rooms;
     SumShifts shifts;
 };

@@ -122,8 +122,8 @@ bool MoveChain::pickRandomRootSum(bool freeOnly, unsigned int& sum, RootBool& bo
     unsigned int n = freeOnly ? fixedFields.getNbFreeRootSums() : fixedFields.getNbRootSums();
     if (n == 0) return false;
     sum = quickrand.nextInt(n);
-    const std::vector<unsigned int>& blocks = fixedFields.getRootSums()[sum].blocks;
-    boolean = fixedFields.rootBoolAt(blocks[quickrand.nextInt(static_cast<unsigned int>(blocks.size()))]);
+    const unsigned int size = static_cast<unsigned int>(fixedFields.getRootSums()[sum].booleans.size());
+    boolean = fixedFields.rootBoolAt(structure.blocksInOrder(sum)[quickrand.nextInt(size)]);
     return true;
 }
 
@@ -140,11 +140,14 @@ bool MoveChain::pickViolatedRootSum(unsigned int& sum, RootBool& boolean) {
         if (!range.ranged) continue;
         const long long value = dag.currentValue(children[c]);
         if (value >= range.lowest && value <= range.highest) continue;
+        // A boolean moving the sum toward its range: from the increasing
+        // part below it, from the other above.
         const Bipartition& bools = structure.increasingBools(index);
-        const unsigned int position = value < range.lowest ? bools.getRandomIn(quickrand) : bools.getRandomOut(quickrand);
-        if (position == Bipartition::NONE) continue;
+        const bool below = value < range.lowest;
+        const unsigned int n = below ? bools.sizeIn() : bools.sizeOut();
+        if (n == 0) continue;
         sum = index;
-        boolean = fixedFields.rootBoolAt(fixedFields.getRootSums()[index].blocks[position]);
+        boolean = fixedFields.rootBoolAt(structure.blocksInOrder(index)[(below ? 0 : bools.sizeIn()) + quickrand.nextInt(n)]);
         return true;
     }
     return false;
@@ -279,11 +282,10 @@ MoveChain::Opposite MoveChain::bestOpposite(SumSide side, long long enough, bool
 // together, so that the misses overlap instead of queueing.
 void MoveChain::drawOpposites(SumSide side, unsigned int first, unsigned int n, unsigned int offset,
                               RootBool* drawn) const {
-    const Bipartition& bools = structure.increasingBools(side.sum);
-    const std::vector<unsigned int>& blocks = fixedFields.getRootSums()[side.sum].blocks;
+    const unsigned int* blocks = structure.blocksInOrder(side.sum) + first;
     if (n <= OPPOSITE_DRAWS) {
         for (unsigned int draw = 0; draw < n; ++draw) {
-            drawn[draw] = fixedFields.rootBoolAt(blocks[bools[first + (offset + draw) % n]]);
+            drawn[draw] = fixedFields.rootBoolAt(blocks[(offset + draw) % n]);
             drawn[draw].prefetch();
         }
         return;
@@ -291,7 +293,7 @@ void MoveChain::drawOpposites(SumSide side, unsigned int first, unsigned int n, 
     // The state alone: copying the generator would copy its scratch lists.
     Quickrand ahead(quickrand.getState());
     for (unsigned int draw = 0; draw < OPPOSITE_DRAWS; ++draw) {
-        drawn[draw] = fixedFields.rootBoolAt(blocks[bools[first + (draw == 0 ? offset : ahead.nextInt(n))]]);
+        drawn[draw] = fixedFields.rootBoolAt(blocks[draw == 0 ? offset : ahead.nextInt(n)]);
         drawn[draw].prefetch();
     }
 }

@@ -1,1 +1,1 @@
-examples/qap.qxm qxIterationLimit=300000 qxNbThreads=1 qxSeed=1 qxVerbosity=0
+examples/qap.qxm qxIterationLimit=300000 qxNbThreads=2 qxSeed=1 qxVerbosity=0

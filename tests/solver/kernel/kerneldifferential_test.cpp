@@ -458,6 +458,11 @@ private:
             for (unsigned int j = 0; j < sums[s].booleans.size(); ++j) {
                 bool up = (values[sums[s].booleans[j]] == 0) == (sums[s].coefficientAt(j) > 0);
                 ASSERT_EQ(structure.increasingBools(s).isIn(j), up) << "root sum " << s << " entry " << j;
+                // The blocks in the bipartition's order follow its swaps.
+                const unsigned int place = structure.increasingBools(s).getPosition(j);
+                ASSERT_EQ(structure.getFixedFields().rootBoolAt(structure.blocksInOrder(s)[place]).getNode(),
+                          sums[s].booleans[j])
+                    << "root sum " << s << " entry " << j;
             }
     }
 

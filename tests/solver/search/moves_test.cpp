@@ -112,9 +112,9 @@ TEST(AutonomousFixedFieldsTest, ClassifiesSumsAndBooleans) {
     EXPECT_FALSE(MoveKBalance::isValidK(3, a));
 }
 
-// Each position of a root sum leads to its boolean's block, whose header
-// names the boolean and whose entry for that sum carries the position and
-// the coefficient; unit sums keep no coefficient list.
+// Each boolean's block has a header naming it, then one entry per sum it
+// is in, carrying its position there and its coefficient; unit sums keep no
+// coefficient list.
 TEST(AutonomousFixedFieldsTest, BlocksOfASumLeadToItsBooleans) {
     TestGraph g;
     std::vector<unsigned int> x;
@@ -133,11 +133,11 @@ TEST(AutonomousFixedFieldsTest, BlocksOfASumLeadToItsBooleans) {
     EXPECT_FALSE(a.getRootSums()[a.rootSumIndex(weighted)].hasUnitCoefficients());
     for (unsigned int s = 0; s < a.getNbRootSums(); ++s) {
         const RootSum& sum = a.getRootSums()[s];
-        ASSERT_EQ(sum.blocks.size(), sum.booleans.size());
         for (unsigned int j = 0; j < sum.booleans.size(); ++j) {
-            const RootBool rootBool = a.rootBoolAt(sum.blocks[j]);
+            const unsigned int rank = fixed.variableIndex(sum.booleans[j]);
+            const RootBool rootBool = a.rootBoolAt(a.blockOf(rank));
             EXPECT_EQ(rootBool.getNode(), sum.booleans[j]);
-            EXPECT_TRUE(rootBool.isSame(a.getRootBool(fixed.variableIndex(sum.booleans[j]))));
+            EXPECT_TRUE(rootBool.isSame(a.getRootBool(rank)));
             unsigned int found = 0;
             for (const RootBool::Entry& entry : rootBool.getEntries()) {
                 if (entry.sum != s) continue;
