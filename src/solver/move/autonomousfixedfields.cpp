@@ -15,6 +15,15 @@ AutonomousFixedFields::AutonomousFixedFields(const DagFixedFields& fixed)
     positionInSum = std::vector<unsigned int>();
     initBoolsToRootSums();
     initSequences();
+    coefficientSigns.reserve(rootSums.size());
+    for (const RootSum& sum : rootSums) {
+        auto positive = [](long long c) { return c > 0; };
+        auto negative = [](long long c) { return c < 0; };
+        const std::vector<long long>& c = sum.coefficients;
+        coefficientSigns.push_back(std::all_of(c.begin(), c.end(), positive)   ? 1
+                                   : std::all_of(c.begin(), c.end(), negative) ? -1
+                                                                               : 0);
+    }
     objectiveSigns.assign(rootSums.size(), 0);
     for (std::size_t i = 0; i < fixed.objectives().size(); ++i) {
         unsigned int sum = rootSumIndices[fixed.objectives()[i]];

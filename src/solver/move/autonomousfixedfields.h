@@ -138,6 +138,9 @@ public:
     // +1 for a sum that is a maximised objective, -1 for a minimised one,
     // 0 otherwise.
     int objectiveSign(unsigned int sum) const { return objectiveSigns[sum]; }
+    // +1 when every coefficient of the sum is positive, -1 when every one
+    // is negative, 0 otherwise.
+    int coefficientSign(unsigned int sum) const { return coefficientSigns[sum]; }
     bool hasObjectiveSums() const { return nbObjectiveSums != 0; }
     unsigned int getNbRootSums() const { return static_cast<unsigned int>(rootSums.size()); }
     unsigned int getNbFreeRootSums() const { return nbFreeRootSums; }
@@ -186,6 +189,7 @@ private:
     std::vector<char> underConstraint;
     std::vector<SumRange> ranges;
     std::vector<signed char> objectiveSigns;
+    std::vector<signed char> coefficientSigns;
     unsigned int nbObjectiveSums = 0;
     unsigned int nbFreeRootSums = 0;
     std::vector<unsigned int> rootSumIndices;

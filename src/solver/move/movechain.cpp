@@ -21,6 +21,9 @@ const unsigned int FINISHING_FLIPS = 2;
 const unsigned int FILL_SCAN = 64;
 // Flips a move usually stays within; more only grow the list once.
 const unsigned int RESERVED_FLIPS = 128;
+// Up to this many flips, whether a boolean is among them is found from
+// the list at hand; beyond, from the graph's flags.
+const std::size_t SCANNED_FLIPS = 8;
 
 const char* const KIND_WORDS[] = {"Cycle", "Path", "ForkCycle", "ForkPath", "Fill"};
 
@@ -218,12 +221,14 @@ unsigned int MoveChain::nbOpposites(SumSide side) const {
     return side.up ? bools.sizeOut() : bools.sizeIn();
 }
 
-unsigned int MoveChain::oppositeAt(SumSide side, unsigned int i) const {
+RootBool MoveChain::oppositeAt(SumSide side, unsigned int i) const {
     const Bipartition& bools = structure.increasingBools(side.sum);
-    return fixedFields.getRootSums()[side.sum].booleans[bools[(side.up ? bools.sizeIn() : 0) + i]];
+    return fixedFields.rootBoolAt(structure.blocksInOrder(side.sum)[(side.up ? bools.sizeIn() : 0) + i]);
 }
 
 bool MoveChain::isFlipped(RootBool rootBool) const {
+    // A long move (a fill) asks the graph rather than scan its flips.
+    if (flipped.size() > SCANNED_FLIPS) return dag.isModified(rootBool.getNode());
     for (RootBool other : flipped)
         if (other.isSame(rootBool)) return true;
     return false;
@@ -232,7 +237,10 @@ bool MoveChain::isFlipped(RootBool rootBool) const {
 // An unflipped opposite's committed value follows from the way its flip
 // moves the side's sum, which the bipartition told: reading it here spares
 // a load from the graph.
-long long MoveChain::valueAsOpposite(RootBool rootBool, SumSide side) {
+long long MoveChain::valueAsOpposite(RootBool rootBool, SumSide side) const {
+    // Where the sum's coefficients share a sign, the side alone tells.
+    const int sign = fixedFields.coefficientSign(side.sum);
+    if (sign != 0) return (sign > 0) == side.up ? 1 : 0;
     for (const RootBool::Entry& entry : rootBool.getEntries())
         if (entry.sum == side.sum) return (entry.coefficient > 0) == side.up ? 1 : 0;
     return 0;
@@ -400,10 +408,10 @@ bool MoveChain::fill() {
     if (n == 0) return false;
     if (n < k) return false;
     for (unsigned int opened = 0; opened < k; ++opened) {
-        unsigned int boolean = oppositeAt(gaining, quickrand.nextInt(n));
+        RootBool boolean = oppositeAt(gaining, quickrand.nextInt(n));
         // The second drawn again while it is the first.
-        while (dag.isModified(boolean)) boolean = oppositeAt(gaining, quickrand.nextInt(n));
-        flipStep(rootBoolOf(boolean), dag.currentValue(boolean));
+        while (isFlipped(boolean)) boolean = oppositeAt(gaining, quickrand.nextInt(n));
+        flipStep(boolean, valueAsOpposite(boolean, gaining));
     }
     // The candidates move a sum that the opening moved back the other way
     // (they use the room it left) and gain on the objectives; a boolean of
@@ -422,14 +430,16 @@ bool MoveChain::fill() {
         if (m == 0) continue;
         const unsigned int offset = quickrand.nextInt(m);
         for (unsigned int i = 0; i < m && scanned < FILL_SCAN; ++i) {
-            const unsigned int boolean = oppositeAt(side, (offset + i) % m);
-            unsigned int& mark = marks[fixed.variableIndex(boolean)];
+            const RootBool rootBool = oppositeAt(side, (offset + i) % m);
+            unsigned int& mark = marks[fixed.variableIndex(rootBool.getNode())];
             if (mark == stamp) continue;
             mark = stamp;
             ++scanned;
-            if (dag.isModified(boolean)) continue;
-            const long long worth = worthOf(rootBoolOf(boolean), dag.currentValue(boolean));
-            if (worth > 0 && fits(boolean)) candidates.emplace_back(static_cast<double>(worth) / usage(boolean), boolean);
+            if (isFlipped(rootBool)) continue;
+            const long long value = valueAsOpposite(rootBool, side);
+            const long long worth = worthOf(rootBool, value);
+            if (worth > 0 && fits(rootBool, value))
+                candidates.push_back({static_cast<double>(worth) / usage(rootBool, value), rootBool, value});
         }
     }
     // The best worth per room used that still fits, again and again. The
@@ -439,16 +449,16 @@ bool MoveChain::fill() {
     while (!candidates.empty()) {
         unsigned int best = 0;
         for (unsigned int c = 0; c < candidates.size();) {
-            if (taken != 0 && !fits(candidates[c].second)) {
+            if (taken != 0 && !fits(candidates[c].rootBool, candidates[c].value)) {
                 candidates[c] = candidates.back();
                 candidates.pop_back();
                 continue;
             }
-            if (candidates[c].first > candidates[best].first) best = c;
+            if (candidates[c].ratio > candidates[best].ratio) best = c;
             ++c;
         }
         if (candidates.empty()) break;
-        flipStep(rootBoolOf(candidates[best].second), dag.currentValue(candidates[best].second));
+        flipStep(candidates[best].rootBool, candidates[best].value);
         ++taken;
         candidates[best] = candidates.back();
         candidates.pop_back();
@@ -458,10 +468,9 @@ bool MoveChain::fill() {
 
 // The share of the room left in each sum that the flip would take, summed:
 // a flip filling a tight sum costs more than one filling a loose one.
-double MoveChain::usage(unsigned int boolean) const {
-    const long long value = dag.currentValue(boolean);
+double MoveChain::usage(RootBool rootBool, long long value) const {
     double used = 1e-9;
-    for (const RootBool::Entry& entry : rootBoolOf(boolean).constrainedEntries()) {
+    for (const RootBool::Entry& entry : rootBool.constrainedEntries()) {
         const long long step = shiftOf(entry, value);
         const long long room = structure.roomBeyond(entry.sum, shifts[entry.sum], step > 0);
         used += std::fabs(static_cast<double>(step)) / static_cast<double>(room > 0 ? room : 1);
@@ -469,9 +478,8 @@ double MoveChain::usage(unsigned int boolean) const {
     return used;
 }
 
-bool MoveChain::fits(unsigned int boolean) const {
-    const long long value = dag.currentValue(boolean);
-    for (const RootBool::Entry& entry : rootBoolOf(boolean).constrainedEntries()) {
+bool MoveChain::fits(RootBool rootBool, long long value) const {
+    for (const RootBool::Entry& entry : rootBool.constrainedEntries()) {
         long long moved = 0;
         if (__builtin_add_overflow(shifts[entry.sum], shiftOf(entry, value), &moved)) return false;
         if (excess(entry.sum, moved) > shifts.excessOf(entry.sum)) return false;

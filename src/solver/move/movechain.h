@@ -114,9 +114,10 @@ protected:
     bool finish();
     // The Fill shape; false when nothing could be taken.
     bool fill();
-    // Whether the flip of the boolean breaks no constraint further.
-    bool fits(unsigned int boolean) const;
-    double usage(unsigned int boolean) const;
+    // Whether the flip of the boolean of committed value `value` breaks no
+    // constraint further.
+    bool fits(RootBool rootBool, long long value) const;
+    double usage(RootBool rootBool, long long value) const;
 
     // flip of the unflipped boolean of committed value `value`, recording
     // the shifts.
@@ -142,12 +143,12 @@ protected:
     Opposite bestOpposite(SumSide side, long long enough, bool weighWorth);
     unsigned int nbOpposites(SumSide side) const;
     // The i-th opposite of the side (i below nbOpposites).
-    unsigned int oppositeAt(SumSide side, unsigned int i) const;
+    RootBool oppositeAt(SumSide side, unsigned int i) const;
     // The opposites bestOpposite weighs, in its order.
     void drawOpposites(SumSide side, unsigned int first, unsigned int n, unsigned int offset, RootBool* drawn) const;
     // Whether the boolean was flipped in this move.
     bool isFlipped(RootBool rootBool) const;
-    static long long valueAsOpposite(RootBool rootBool, SumSide side);
+    long long valueAsOpposite(RootBool rootBool, SumSide side) const;
     // Which way flipping the boolean moves the sum.
     SumSide sideOf(const RootBool::Entry& entry) const;
     // What flipping a boolean of committed value `value` does to the sum of
@@ -175,7 +176,12 @@ protected:
     // mark per boolean rank so that a boolean of several sums is weighed
     // once (marked when marks[rank] == stamp).
     std::vector<unsigned int> objectiveSums;
-    std::vector<std::pair<double, unsigned int>> candidates;
+    struct Candidate {
+        double ratio;  // worth per room used
+        RootBool rootBool;
+        long long value;
+    };
+    std::vector<Candidate> candidates;
     std::vector<unsigned int> marks;
     unsigned int stamp = 0;
     // The booleans this move flipped, a handful but for fills: scanned
