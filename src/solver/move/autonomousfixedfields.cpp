@@ -33,6 +33,7 @@ AutonomousFixedFields::AutonomousFixedFields(const DagFixedFields& fixed)
     }
     initFreeBooleans();
     initMonoConstrainedBooleans();
+    initFamilies();
     gates = std::make_unique<GateLinks>(fixed, *this);
     intervals = std::make_unique<IntervalRows>(*this);
 }
@@ -257,6 +258,27 @@ void AutonomousFixedFields::initSequences() {
 void AutonomousFixedFields::initFreeBooleans() {
     for (unsigned int r = 0; r < fixed.nbBooleans(); ++r)
         if (getRootBool(r).isFree()) freeBooleans.push_back(fixed.variables()[r]);
+}
+
+// Greedy, in the order of the sums: each ranged sum takes the first family
+// that no sum sharing a boolean with it has taken.
+void AutonomousFixedFields::initFamilies() {
+    std::vector<unsigned char> taken(rootSums.size(), NO_FAMILY);
+    unsigned int used = 0;
+    for (unsigned int s = nbFreeRootSums; s < rootSums.size(); ++s) {
+        if (!ranges[s].ranged) continue;
+        unsigned int neighbours = 0;
+        for (unsigned int boolean : rootSums[s].booleans)
+            for (const RootBool::Entry& entry : getRootBool(fixed.variableIndex(boolean)).constrainedEntries())
+                if (taken[entry.sum] != NO_FAMILY) neighbours |= 1u << taken[entry.sum];
+        unsigned int family = 0;
+        while (family < MAX_FAMILIES && (neighbours >> family & 1u) != 0) ++family;
+        if (family == MAX_FAMILIES) return;
+        taken[s] = static_cast<unsigned char>(family);
+        used = std::max(used, family + 1);
+    }
+    families = std::move(taken);
+    nbFamilies = used;
 }
 
 void AutonomousFixedFields::initMonoConstrainedBooleans() {

@@ -135,6 +135,16 @@ public:
     RootBool rootBoolAt(unsigned int block) const { return RootBool(&rootBoolEntries[block]); }
     const std::vector<RootSum>& getRootSums() const { return rootSums; }
     const SumRange& getRange(unsigned int sum) const { return ranges[sum]; }
+    // Families of ranged sums that share no boolean (the rows of a board,
+    // its columns, each direction of its diagonals): one flip moves at most
+    // one sum of a family, so a move with f flips left cannot settle more
+    // than f broken sums of one family. NO_FAMILY for the other sums; none
+    // at all (getNbFamilies() == 0) where more than MAX_FAMILIES would be
+    // needed.
+    static constexpr unsigned char NO_FAMILY = 255;
+    static constexpr unsigned int MAX_FAMILIES = 16;
+    unsigned char familyOf(unsigned int sum) const { return families.empty() ? NO_FAMILY : families[sum]; }
+    unsigned int getNbFamilies() const { return nbFamilies; }
     // +1 for a sum that is a maximised objective, -1 for a minimised one,
     // 0 otherwise.
     int objectiveSign(unsigned int sum) const { return objectiveSigns[sum]; }
@@ -171,6 +181,7 @@ private:
     // The other constrained sum of each boolean of a sum that can be a
     // column, empty when it cannot.
     std::vector<unsigned int> rowsOfColumn(unsigned int sum) const;
+    void initFamilies();
     void initFreeBooleans();
     void initMonoConstrainedBooleans();
     // Adds the root bools of a sum node, merging repeated booleans; false
@@ -190,6 +201,8 @@ private:
     std::vector<SumRange> ranges;
     std::vector<signed char> objectiveSigns;
     std::vector<signed char> coefficientSigns;
+    std::vector<unsigned char> families;
+    unsigned int nbFamilies = 0;
     unsigned int nbObjectiveSums = 0;
     unsigned int nbFreeRootSums = 0;
     std::vector<unsigned int> rootSumIndices;

@@ -35,19 +35,21 @@ public:
     // The touched sums that a constraint still needs settled, kept by the
     // chain as it flips (a handful at a time).
     const std::vector<unsigned int>& getUnsettled() const { return unsettled; }
-    void setUnsettled(unsigned int sum, bool isUnsettled) {
-        if ((marks[sum] == 2) == isUnsettled) return;
+    // Whether the sum's state changed.
+    bool setUnsettled(unsigned int sum, bool isUnsettled) {
+        if ((marks[sum] == 2) == isUnsettled) return false;
         marks[sum] = isUnsettled ? 2 : 1;
         if (isUnsettled) {
             unsettled.push_back(sum);
-            return;
+            return true;
         }
         for (unsigned int& entry : unsettled)
             if (entry == sum) {
                 entry = unsettled.back();
                 unsettled.pop_back();
-                return;
+                return true;
             }
+        return true;
     }
     void clear() {
         for (unsigned int sum : touched) {

@@ -73,6 +73,7 @@ bool MoveChain::isValidK(Shape shape, unsigned int k, const AutonomousFixedField
 bool MoveChain::modify() {
     shifts.clear();
     flipped.clear();
+    std::fill(brokenInFamily, brokenInFamily + AutonomousFixedFields::MAX_FAMILIES, 0u);
     if (fills) return fill();
     if (!startPath(!returnsToStart)) return false;
     unsigned int steps = k - 1;
@@ -81,6 +82,7 @@ bool MoveChain::modify() {
         steps = nbBranches * (k - 3);
     }
     for (unsigned int step = 0; step < steps; ++step) {
+        if (isDoomed(steps - step + FINISHING_FLIPS)) return false;
         Step done = settle(false);
         if (done == Stuck) return false;
         // Settled: end here half of the time, so that chains of every
@@ -192,7 +194,13 @@ void MoveChain::flipStep(RootBool rootBool, long long value) {
         shifts.add(entry.sum, shiftOf(entry, value));
         long long broken = excess(entry.sum, shifts[entry.sum]);
         shifts.setExcess(entry.sum, broken);
-        shifts.setUnsettled(entry.sum, broken > 0);
+        if (shifts.setUnsettled(entry.sum, broken > 0)) {
+            const unsigned char family = fixedFields.familyOf(entry.sum);
+            if (family != AutonomousFixedFields::NO_FAMILY) {
+                if (broken > 0) ++brokenInFamily[family];
+                else --brokenInFamily[family];
+            }
+        }
     }
 }
 
@@ -383,7 +391,14 @@ bool MoveChain::fork() {
     return true;
 }
 
+bool MoveChain::isDoomed(unsigned int flipsLeft) const {
+    for (unsigned int family = 0; family < fixedFields.getNbFamilies(); ++family)
+        if (brokenInFamily[family] > flipsLeft) return true;
+    return false;
+}
+
 bool MoveChain::finish() {
+    if (isDoomed(FINISHING_FLIPS)) return false;
     for (unsigned int extra = 0; extra < FINISHING_FLIPS; ++extra) {
         Step done = settle(true);
         if (done == Settled) return true;

@@ -112,6 +112,10 @@ protected:
     // Up to two more flips to settle what remains; false when a constraint
     // is still broken.
     bool finish();
+    // Whether some family of sums sharing no boolean has more broken sums
+    // than the flips left could settle (each settles at most one of them):
+    // the move would be refused at its end, and is given up at once.
+    bool isDoomed(unsigned int flipsLeft) const;
     // The Fill shape; false when nothing could be taken.
     bool fill();
     // Whether the flip of the boolean of committed value `value` breaks no
@@ -188,4 +192,5 @@ protected:
     // rather than the graph's flags, which would cost a load per weighed
     // boolean.
     std::vector<RootBool> flipped;
+    unsigned int brokenInFamily[AutonomousFixedFields::MAX_FAMILIES] = {};
 };

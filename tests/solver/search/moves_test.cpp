@@ -158,6 +158,70 @@ TEST(AutonomousFixedFieldsTest, BlocksOfASumLeadToItsBooleans) {
     EXPECT_EQ(x2.constrainedEntries()[0].sum, a.rootSumIndex(unit));
 }
 
+// On a board, rows, columns and the two directions of diagonals each share
+// no square among themselves: a few families (at least four, as a square
+// lies on four lines), no two sums of one family meeting. Where every pair
+// of sums meets (the rows of a knapsack), each sum is a family of its own;
+// a model needing more than the limit has none.
+TEST(AutonomousFixedFieldsTest, FamiliesGroupSumsThatShareNoBoolean) {
+    const unsigned int n = 5;
+    TestGraph g;
+    std::vector<unsigned int> q;
+    for (unsigned int i = 0; i < n * n; ++i) q.push_back(g.boolean());
+    const unsigned int one = g.constant(1);
+    std::vector<std::vector<unsigned int>> lines;
+    for (unsigned int i = 0; i < n; ++i) {
+        std::vector<unsigned int> row, column;
+        for (unsigned int j = 0; j < n; ++j) {
+            row.push_back(q[i * n + j]);
+            column.push_back(q[j * n + i]);
+        }
+        lines.push_back(row);
+        lines.push_back(column);
+    }
+    for (unsigned int d = 1; d + 2 < 2 * n; ++d) {
+        std::vector<unsigned int> down, up;
+        for (unsigned int r = 0; r < n; ++r) {
+            const int c = static_cast<int>(r) - static_cast<int>(d) + static_cast<int>(n) - 1;
+            if (c >= 0 && c < static_cast<int>(n)) down.push_back(q[r * n + static_cast<unsigned int>(c)]);
+            if (d >= r && d - r < n) up.push_back(q[r * n + d - r]);
+        }
+        lines.push_back(down);
+        lines.push_back(up);
+    }
+    for (const std::vector<unsigned int>& line : lines) g.constraint(g.add(Leq, {g.add(Sum, line), one}));
+    g.objective(g.add(Sum, {q[0], q[1]}), Maximize);
+    const DagFixedFields& fixed = g.close();
+    AutonomousFixedFields a(fixed);
+    EXPECT_GE(a.getNbFamilies(), 4u);
+    const std::vector<RootSum>& sums = a.getRootSums();
+    for (unsigned int s = a.getNbFreeRootSums(); s < sums.size(); ++s) {
+        ASSERT_NE(a.familyOf(s), AutonomousFixedFields::NO_FAMILY) << "sum " << s;
+        for (unsigned int t = s + 1; t < sums.size(); ++t) {
+            bool meet = false;
+            for (unsigned int b : sums[s].booleans)
+                meet = meet || std::find(sums[t].booleans.begin(), sums[t].booleans.end(), b) != sums[t].booleans.end();
+            if (meet) {
+                EXPECT_NE(a.familyOf(s), a.familyOf(t)) << "sums " << s << " and " << t;
+            }
+        }
+    }
+    EXPECT_EQ(a.familyOf(0), AutonomousFixedFields::NO_FAMILY);  // the free objective sum
+
+    // Every pair of rows meets: as many families as rows, up to the limit.
+    for (unsigned int rows : {3u, AutonomousFixedFields::MAX_FAMILIES + 1}) {
+        TestGraph k;
+        std::vector<unsigned int> x;
+        for (unsigned int i = 0; i < 4; ++i) x.push_back(k.boolean());
+        for (unsigned int r = 0; r < rows; ++r)
+            k.constraint(k.add(Leq, {k.add(ScalarSum, x, {1, 2, 3, static_cast<long long>(r) + 1}), k.constant(5)}));
+        k.objective(k.add(Sum, x), Maximize);
+        AutonomousFixedFields b(k.close());
+        EXPECT_EQ(b.getNbFamilies(), rows == 3 ? 3u : 0u) << rows << " rows";
+        EXPECT_EQ(b.familyOf(1) == AutonomousFixedFields::NO_FAMILY, rows != 3) << rows << " rows";
+    }
+}
+
 TEST(MoveTest, SwapsAndBalancesKeepAnEqualitySumLevel) {
     Exactly5 m;
     ASSERT_EQ(m.dag->getPropagation().getActiveConstraints().sizeOut(), 0u);
