@@ -13,9 +13,11 @@
 #include "solver/kernel/dag.h"
 #include "solver/kernel/greedysolution.h"
 #include "solver/kernel/heuristic.h"
+#include "solver/kernel/largepages.h"
 #include "solver/kernel/quickrand.h"
 #include "graphfiller.h"
 #include "solver/kernel/searchparams.h"
+#include "solver/kernel/solution.h"
 #include "solver/kernel/threadenv.h"
 #include "solver/move/autonomousfixedfields.h"
 
@@ -182,6 +184,12 @@ long long buildQueens(GraphFiller& g, Quickrand&) {
 
 void run(const char* name, long long (*build)(GraphFiller&, Quickrand&), unsigned long long nbIterations,
          int annealingLevel, const std::vector<std::pair<std::string, int>>& advanced) {
+    SearchParams params;
+    params.annealingLevel = annealingLevel;
+    for (const std::pair<std::string, int>& setting : advanced)
+        for (unsigned int p = 0; p < NB_ADVANCED_PARAMS; ++p)
+            if (setting.first == ADVANCED_PARAMS[p].name) params.set(static_cast<AdvancedParam>(p), setting.second);
+    largepages::setEnabled(params.get(LargePagesEnabled) != 0);
     Quickrand rand(20240601);
     GraphFiller g;
     long long reference = build(g, rand);
@@ -194,27 +202,41 @@ void run(const char* name, long long (*build)(GraphFiller&, Quickrand&), unsigne
     bool feasibleStart = greedy.computeSolution(&dag);
     if (!feasibleStart) dag.getPropagation().desactivateAllConstraints();
     AutonomousFixedFields autonomous(fixed);
-    SearchParams params;
-    params.annealingLevel = annealingLevel;
-    for (const std::pair<std::string, int>& setting : advanced)
-        for (unsigned int p = 0; p < NB_ADVANCED_PARAMS; ++p)
-            if (setting.first == ADVANCED_PARAMS[p].name) params.set(static_cast<AdvancedParam>(p), setting.second);
-    ThreadEnv env(params, &dag, &autonomous, 12345);
-    Heuristic& h = *env.getHeuristic();
-    h.setIterationLimit(nbIterations);
+    // QX_BENCH_SEEDS=n runs n searches from the same start with seeds
+    // 12345, 12346, ... and prints their sums: short searches (the queens
+    // solve in a fraction of a second) give steadier figures together.
+    const char* seedsWord = std::getenv("QX_BENCH_SEEDS");
+    const unsigned int nbSeeds = seedsWord ? std::max(1, std::atoi(seedsWord)) : 1;
+    Solution startSolution;
+    dag.saveSolution(startSolution);
     long long start = dag.currentValue(fixed.objectives()[0]);
-    unsigned long long evaluatedBefore = dag.getPropagation().getNbEvaluatedNodes();
-    Clock::time_point begin = Clock::now();
-    h.run();
-    double seconds = secondsSince(begin);
-    unsigned long long evaluated = dag.getPropagation().getNbEvaluatedNodes() - evaluatedBefore;
-    double iterations = static_cast<double>(h.getNbIterations());
+    unsigned long long iterations = 0, accepted = 0, improvements = 0, evaluated = 0;
+    double seconds = 0;
+    std::unique_ptr<ThreadEnv> env;
+    for (unsigned int seed = 0; seed < nbSeeds; ++seed) {
+        if (seed > 0) {
+            env.reset();
+            dag.loadSolution(startSolution);
+        }
+        env = std::make_unique<ThreadEnv>(params, &dag, &autonomous, 12345 + seed);
+        Heuristic& h = *env->getHeuristic();
+        h.setIterationLimit(nbIterations);
+        unsigned long long evaluatedBefore = dag.getPropagation().getNbEvaluatedNodes();
+        Clock::time_point begin = Clock::now();
+        h.run();
+        seconds += secondsSince(begin);
+        evaluated += dag.getPropagation().getNbEvaluatedNodes() - evaluatedBefore;
+        iterations += h.getNbIterations();
+        accepted += h.getNbAccepted();
+        improvements += h.getNbImprovements();
+    }
+    Heuristic& h = *env->getHeuristic();
+    const double n = static_cast<double>(iterations);
     std::printf("%-9s nodes %6u moves %2u  %llu itr in %5.2f s: %9.0f itr/s  accepted %5.1f%%  improving %6.3f%%  "
                 "%5.1f graph nodes/itr  %6.0f ns/itr  objective %lld (start %lld, reference %lld)%s\n",
-                name, fixed.nbNodes(), h.getNbMoves(), h.getNbIterations(), seconds, iterations / seconds,
-                100.0 * h.getNbAccepted() / iterations, 100.0 * h.getNbImprovements() / iterations,
-                evaluated / iterations, seconds * 1e9 / iterations, h.getBestSolution().getObjectiveValues()[0], start,
-                reference, h.getBestSolution().getNbViolatedConstraints() ? " INFEASIBLE" : "");
+                name, fixed.nbNodes(), h.getNbMoves(), iterations, seconds, n / seconds, 100.0 * accepted / n,
+                100.0 * improvements / n, evaluated / n, seconds * 1e9 / n, h.getBestSolution().getObjectiveValues()[0],
+                start, reference, h.getBestSolution().getNbViolatedConstraints() ? " INFEASIBLE" : "");
     if (std::getenv("QX_BENCH_STATS")) h.printStats(&std::cout);
 }
 

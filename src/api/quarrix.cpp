@@ -11,6 +11,7 @@
 #include "api/compiledmodel.h"
 #include "solver/kernel/dag.h"
 #include "solver/kernel/greedysolution.h"
+#include "solver/kernel/largepages.h"
 #include "solver/kernel/constants.h"
 #include "solver/kernel/parallelizer.h"
 #include "solver/kernel/portfolio.h"
@@ -20,6 +21,9 @@
 #include "solver/move/autonomousfixedfields.h"
 
 #include <boost/thread/thread.hpp>
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 
 #include <algorithm>
 #include <exception>
@@ -128,6 +132,12 @@ std::string Quarrix::arithmeticRefusalsInfo() const {
 
 void Quarrix::createSolver(SolveGraphs& compiled, const SearchParams& params) {
     graphs = &compiled;
+#ifdef __GLIBC__
+    // What closing the model freed goes back to the system: the search's
+    // large arrays are mapped apart and would not reuse it.
+    malloc_trim(0);
+#endif
+    largepages::setEnabled(params.get(LargePagesEnabled) != 0);
     parallelizer.reset(new Parallelizer());
     const unsigned int seed = static_cast<unsigned int>(param->seed);
     const unsigned int baseSeed = link ? Portfolio::rankSeed(seed, link->rank()) : seed;

@@ -54,7 +54,9 @@ struct Outcome {
 
 // Runs `program` as rank `rank` (or alone, without a link).
 Outcome runAs(const std::string& program, EchoLink* link) {
-    const std::string path = ::testing::TempDir() + "launcher_ranks.qxm";
+    // One file per test: ctest runs this file's tests side by side.
+    const std::string path = ::testing::TempDir() + "launcher_ranks_" +
+                             ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".qxm";
     std::ofstream(path) << program;
     Outcome outcome;
     ::testing::internal::CaptureStdout();

@@ -15,7 +15,9 @@ namespace {
 // Runs a one-boolean model with the given command-line words; returns the
 // exit status and keeps what went to standard error.
 int runWith(const std::vector<std::string>& words, std::string& errors) {
-    const std::string path = ::testing::TempDir() + "launcher_limits.qxm";
+    // One file per test: ctest runs this file's tests side by side.
+    const std::string path = ::testing::TempDir() + "launcher_limits_" +
+                             ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".qxm";
     std::ofstream(path) << "function model() { x <- bool(); maximize x; }\n";
     std::vector<std::string> args = {"quarrix", path, "qxVerbosity=0"};
     args.insert(args.end(), words.begin(), words.end());

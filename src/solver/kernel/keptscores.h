@@ -1,6 +1,7 @@
 #pragma once
 
 #include "solver/kernel/bipartition.h"
+#include "solver/kernel/largepages.h"
 #include "solver/kernel/nodetype.h"
 
 #include <vector>
@@ -123,13 +124,13 @@ private:
 
     std::vector<Root> roots;
     std::vector<Row> rows;
-    std::vector<unsigned char> scored;
-    std::vector<unsigned int> pairOffsets, linearOffsets, rowOffsets;
-    std::vector<Pair> pairs;
-    std::vector<unsigned int> pairOthers;
-    std::vector<unsigned long long> signatures;  // SIGNATURE_WORDS per boolean
-    std::vector<Linear> linears;
-    std::vector<RowEntry> rowEntries;
+    LargeVector<unsigned char> scored;
+    LargeVector<unsigned int> pairOffsets, linearOffsets, rowOffsets;
+    LargeVector<Pair> pairs;
+    LargeVector<unsigned int> pairOthers;
+    LargeVector<unsigned long long> signatures;  // SIGNATURE_WORDS per boolean
+    LargeVector<Linear> linears;
+    LargeVector<RowEntry> rowEntries;
 };
 
 // One thread's kept scores: per scored-structure boolean and root, the
@@ -204,7 +205,7 @@ private:
 
     const KeptScoresFixed& fixed;
     unsigned int nbRoots;
-    std::vector<long long> gains;
+    LargeVector<long long> gains;
     bool usable = false;
     bool targeting = false;
     std::vector<Bipartition> improving;    // per root, when targeting
@@ -214,7 +215,7 @@ private:
     std::vector<long long> rowShifts;
     std::vector<unsigned char> rowMarks;
     std::vector<unsigned int> touchedRows;
-    std::vector<unsigned char> pending;
+    LargeVector<unsigned char> pending;
     // During eval, each flipped boolean's place in the move; NO_NODE else.
-    std::vector<unsigned int> moveRanks;
+    LargeVector<unsigned int> moveRanks;
 };

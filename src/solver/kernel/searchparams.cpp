@@ -30,6 +30,7 @@ const AdvancedParamInfo ADVANCED_PARAMS[NB_ADVANCED_PARAMS] = {
     {"plateauLength", 1000000, 0, 2147483647, true, "with annealing: moves without a new best after which the annealing pauses until the next one; 0: never"},
     {"annealingEndPercent", 90, 1, 1000, true, "with annealing: share of the estimated moves, in percent, after which the search is a descent (above 100: never within the time limit)"},
     {"kFillEnabled", 1, 0, 1, false, "1: k booleans of an objective sum given up, then every flip that the room they leave lets in, the most valuable first"},
+    {"largePagesEnabled", 1, 0, 1, false, "1: the search's largest arrays on 2 MB pages where the system grants them"},
 };
 
 SearchParams::SearchParams() {

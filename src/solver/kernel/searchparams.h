@@ -37,6 +37,7 @@ enum AdvancedParam : unsigned int {
     PlateauLength,
     AnnealingEndPercent,
     KFillEnabled,
+    LargePagesEnabled,
     NB_ADVANCED_PARAMS
 };
 

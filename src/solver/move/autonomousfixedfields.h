@@ -1,5 +1,6 @@
 #pragma once
 
+#include "solver/kernel/largepages.h"
 #include "solver/move/gatelinks.h"
 #include "solver/move/intervalrows.h"
 
@@ -194,8 +195,8 @@ private:
     const DagFixedFields& fixed;
     // Every boolean's block, one after the other: a million booleans make
     // one allocation, and a boolean's entries sit beside its header.
-    std::vector<RootBool::Entry> rootBoolEntries;
-    std::vector<unsigned int> blockOfRank;
+    LargeVector<RootBool::Entry> rootBoolEntries;
+    LargeVector<unsigned int> blockOfRank;
     std::vector<RootSum> rootSums;
     std::vector<char> underConstraint;
     std::vector<SumRange> ranges;
@@ -211,7 +212,7 @@ private:
     std::vector<unsigned int> balanceNodes;
     std::vector<SumSequence> sequences;
     std::vector<unsigned int> sequenceIndices;
-    std::vector<unsigned int> places;
+    LargeVector<unsigned int> places;
     std::unique_ptr<GateLinks> gates;
     std::unique_ptr<IntervalRows> intervals;
 };

@@ -143,7 +143,7 @@ private:
     Dag& dag;
     const AutonomousFixedFields& fixedFields;
     std::vector<Bipartition> increasing;
-    std::vector<unsigned int> orderedBlocks;
+    LargeVector<unsigned int> orderedBlocks;
     std::vector<std::size_t> firstOrdered;
     std::vector<Room> rooms;
     SumShifts shifts;
