@@ -8,7 +8,7 @@
 
 AutonomousStructure::AutonomousStructure(Dag& dag, const AutonomousFixedFields& fixedFields)
     : dag(dag), fixedFields(fixedFields), increasing(fixedFields.getNbRootSums()),
-      rooms(fixedFields.getNbRootSums()), shifts(fixedFields.getNbRootSums()) {
+      shifts(fixedFields.getNbRootSums()) {
     const std::vector<RootSum>& sums = fixedFields.getRootSums();
     const DagFixedFields& fixed = dag.getFixedFields();
     firstOrdered.resize(sums.size());
@@ -25,7 +25,7 @@ AutonomousStructure::AutonomousStructure(Dag& dag, const AutonomousFixedFields& 
         increasing[s].init(static_cast<unsigned int>(sums[s].booleans.size()));
         for (unsigned int j = 0; j < sums[s].booleans.size(); ++j)
             setDirection(s, j, dag.currentValue(sums[s].booleans[j]));
-        rooms[s] = roomOf(s);
+        shifts.setRoom(s, roomOf(s));
     }
     dag.getPropagation().connectListener(this);
 }
@@ -44,14 +44,14 @@ void AutonomousStructure::setDirection(unsigned int sum, unsigned int position, 
     if (from != to) std::swap(orderedBlocks[firstOrdered[sum] + from], orderedBlocks[firstOrdered[sum] + to]);
 }
 
-AutonomousStructure::Room AutonomousStructure::roomOf(unsigned int sum) const {
+SumRoom AutonomousStructure::roomOf(unsigned int sum) const {
     const long long MIN = -MAX_EXCESS - 1;
     if (sum < fixedFields.getNbFreeRootSums()) return {MIN, MAX_EXCESS, 0, false};
     const SumRange& range = fixedFields.getRange(sum);
     if (!range.ranged) return {0, 0, 0, false};
     auto clamp = [&](__int128 v) { return v > MAX_EXCESS ? MAX_EXCESS : v < MIN ? MIN : static_cast<long long>(v); };
     __int128 committed = dag.currentValue(range.node);
-    Room room{clamp(range.lowest - committed), clamp(range.highest - committed), 0, !range.followsBooleans};
+    SumRoom room{clamp(range.lowest - committed), clamp(range.highest - committed), 0, !range.followsBooleans};
     room.base = room.low > 0 ? room.low : room.high < 0 ? clamp(-static_cast<__int128>(room.high)) : 0;
     return room;
 }
@@ -63,7 +63,7 @@ void AutonomousStructure::notifyCommit() {
         long long value = dag.currentValue(node);
         const RootBool& rootBool = fixedFields.getRootBool(fixed.variableIndex(node));
         for (const RootBool::Entry& entry : rootBool.getEntries()) setDirection(entry.sum, entry.position, value);
-        for (const RootBool::Entry& entry : rootBool.constrainedEntries()) rooms[entry.sum] = roomOf(entry.sum);
+        for (const RootBool::Entry& entry : rootBool.constrainedEntries()) shifts.setRoom(entry.sum, roomOf(entry.sum));
     }
 }
 

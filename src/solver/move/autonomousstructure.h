@@ -9,36 +9,51 @@
 class Dag;
 class Quickrand;
 
+// The shifts of a sum that keep it in its range, and how far its committed
+// value lies outside it: kept at every commit so that weighing a flip reads
+// one small record per sum.
+struct SumRoom {
+    long long low = 0, high = 0, base = 0;
+    // The sum has other children that move: read from the graph.
+    bool stale = false;
+};
+
 // How far the move being built has shifted each root sum, with the list of
 // the sums it touched so that clearing costs what the move did. Only one
-// move is built at a time in a thread, so its moves share one.
+// move is built at a time in a thread, so its moves share one. Each sum's
+// shift, excess and committed room share one cache line: weighing a flip
+// reads all three for each sum of the boolean, and a large model's sums lie
+// beyond the nearest caches.
 class SumShifts {
 public:
-    explicit SumShifts(unsigned int nbSums) : shifts(nbSums, 0), excesses(nbSums, 0), marks(nbSums, 0) {
-        touched.reserve(nbSums);
-    }
+    explicit SumShifts(unsigned int nbSums) : records(nbSums) { touched.reserve(nbSums); }
     void add(unsigned int sum, long long delta) {
-        if (marks[sum] == 0) {
-            marks[sum] = 1;
+        Record& record = records[sum];
+        if (record.mark == 0) {
+            record.mark = 1;
             touched.push_back(sum);
         }
         // Saturates: only the sign and the size up to the range matter.
-        if (__builtin_add_overflow(shifts[sum], delta, &shifts[sum]))
-            shifts[sum] = delta > 0 ? 9223372036854775807LL : -9223372036854775807LL - 1;
+        if (__builtin_add_overflow(record.shift, delta, &record.shift))
+            record.shift = delta > 0 ? 9223372036854775807LL : -9223372036854775807LL - 1;
     }
-    long long operator[](unsigned int sum) const { return shifts[sum]; }
+    long long operator[](unsigned int sum) const { return records[sum].shift; }
     // How far the shift breaks the sum's constraints, as last recorded by
     // the chain (0 for an untouched sum).
-    long long excessOf(unsigned int sum) const { return excesses[sum]; }
-    void setExcess(unsigned int sum, long long excess) { excesses[sum] = excess; }
+    long long excessOf(unsigned int sum) const { return records[sum].excess; }
+    void setExcess(unsigned int sum, long long excess) { records[sum].excess = excess; }
+    // The sum's room as of the last commit, kept by the sum structure.
+    const SumRoom& room(unsigned int sum) const { return records[sum].room; }
+    void setRoom(unsigned int sum, const SumRoom& room) { records[sum].room = room; }
     const std::vector<unsigned int>& getTouched() const { return touched; }
     // The touched sums that a constraint still needs settled, kept by the
     // chain as it flips (a handful at a time).
     const std::vector<unsigned int>& getUnsettled() const { return unsettled; }
     // Whether the sum's state changed.
     bool setUnsettled(unsigned int sum, bool isUnsettled) {
-        if ((marks[sum] == 2) == isUnsettled) return false;
-        marks[sum] = isUnsettled ? 2 : 1;
+        char& mark = records[sum].mark;
+        if ((mark == 2) == isUnsettled) return false;
+        mark = isUnsettled ? 2 : 1;
         if (isUnsettled) {
             unsettled.push_back(sum);
             return true;
@@ -53,19 +68,24 @@ public:
     }
     void clear() {
         for (unsigned int sum : touched) {
-            shifts[sum] = 0;
-            excesses[sum] = 0;
-            marks[sum] = 0;
+            Record& record = records[sum];
+            record.shift = 0;
+            record.excess = 0;
+            record.mark = 0;
         }
         touched.clear();
         unsettled.clear();
     }
 
 private:
-    std::vector<long long> shifts;
-    std::vector<long long> excesses;
-    // 0 untouched, 1 touched, 2 touched and unsettled.
-    std::vector<char> marks;
+    struct alignas(64) Record {
+        long long shift = 0;
+        long long excess = 0;
+        SumRoom room;
+        // 0 untouched, 1 touched, 2 touched and unsettled.
+        char mark = 0;
+    };
+    std::vector<Record> records;
     std::vector<unsigned int> touched;
     std::vector<unsigned int> unsettled;
 };
@@ -101,7 +121,7 @@ public:
     // never broken; a constrained sum without a known range is broken by
     // any shift.
     long long excess(unsigned int sum, long long shift) const {
-        Room room = rooms[sum];
+        SumRoom room = shifts.room(sum);
         if (room.stale) room = roomOf(sum);
         long long out = 0;
         if (shift < room.low) {
@@ -115,7 +135,7 @@ public:
     // How much further than `shift` the sum may move up (or down) and stay
     // within its constraints; 0 when it may not.
     long long roomBeyond(unsigned int sum, long long shift, bool up) const {
-        Room room = rooms[sum];
+        SumRoom room = shifts.room(sum);
         if (room.stale) room = roomOf(sum);
         long long out = 0;
         if (__builtin_sub_overflow(up ? room.high : shift, up ? shift : room.low, &out)) out = MAX_EXCESS;
@@ -128,23 +148,13 @@ public:
 
 private:
     static constexpr long long MAX_EXCESS = 9223372036854775807LL;
-    // The shifts of a sum that keep it in its range, and how far its
-    // committed value lies outside it: kept at every commit so that
-    // weighing a flip reads one small record per sum.
-    struct Room {
-        long long low, high, base;
-        // The sum has other children that move: read from the graph.
-        bool stale;
-    };
-
     void setDirection(unsigned int sum, unsigned int position, long long value);
-    Room roomOf(unsigned int sum) const;
+    SumRoom roomOf(unsigned int sum) const;
 
     Dag& dag;
     const AutonomousFixedFields& fixedFields;
     std::vector<Bipartition> increasing;
     LargeVector<unsigned int> orderedBlocks;
     std::vector<std::size_t> firstOrdered;
-    std::vector<Room> rooms;
     SumShifts shifts;
 };
