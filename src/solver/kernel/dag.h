@@ -74,6 +74,16 @@ public:
         __builtin_prefetch(&values[2 * static_cast<std::size_t>(node)]);
         __builtin_prefetch(&modifiedFlags[node]);
     }
+    // The first stage of reaching a node's object: its pointer and flag;
+    // the second, once the pointer is near: the object and the values.
+    void prefetchNodePointer(unsigned int node) const {
+        __builtin_prefetch(&nodes[node]);
+        __builtin_prefetch(&modifiedFlags[node]);
+    }
+    void prefetchNodeObject(unsigned int node) const {
+        __builtin_prefetch(nodes[node]);
+        __builtin_prefetch(&values[2 * static_cast<std::size_t>(node)]);
+    }
 
 private:
     void mallocNodes();

@@ -55,6 +55,7 @@ public:
     unsigned int variableIndex(unsigned int node) const { return variableIndices[node]; }
     void prefetchVariableIndex(unsigned int node) const { __builtin_prefetch(&variableIndices[node]); }
     void prefetchType(unsigned int node) const { __builtin_prefetch(&types[node]); }
+    void prefetchLinks(unsigned int node) const { __builtin_prefetch(&links[node]); }
     unsigned int nbBooleans() const { return booleanCount; }
     unsigned int nbIntegers() const { return static_cast<unsigned int>(variableNodes.size()) - booleanCount; }
     unsigned int nbVariables() const { return static_cast<unsigned int>(variableNodes.size()); }

@@ -219,20 +219,29 @@ bool Propagation::eval(Dag& dag) {
     }
 }
 
+void Propagation::prefetchEval(const Dag& dag, unsigned int node) {
+    dag.prefetchNodeObject(node);
+    dag.getFixedFields().prefetchLinks(node);
+}
+
 bool Propagation::evalScheduled(Dag& dag) {
     while (!pendingLevels[0].empty()) {
         unsigned int level = popLowestLevel(0);
         for (unsigned int k = 1; k <= 2; ++k) {
             std::vector<unsigned int>& list = impacted[level * 4 + k];
             // The list may grow through the queue: walk it by index.
-            for (std::size_t i = 0; i < list.size(); ++i)
+            for (std::size_t i = 0; i < list.size(); ++i) {
+                if (i + EVAL_AHEAD < list.size()) prefetchEval(dag, list[i + EVAL_AHEAD]);
                 if (!evalNode(dag, list[i])) return false;
+            }
         }
     }
     while (!pendingLevels[1].empty()) {
         std::vector<unsigned int>& list = impacted[popLowestLevel(1) * 4 + 3];
-        for (std::size_t i = 0; i < list.size(); ++i)
+        for (std::size_t i = 0; i < list.size(); ++i) {
+            if (i + EVAL_AHEAD < list.size()) prefetchEval(dag, list[i + EVAL_AHEAD]);
             if (!evalNode(dag, list[i])) return false;
+        }
     }
     if (!drainQueue(dag)) return false;
     tNbViolatedConstraints = violatedConstraints.sizeIn();

@@ -121,6 +121,11 @@ private:
     void initializeImpacted(Dag& dag);
     void initializeViolatedConstraintsCost(Dag& dag);
     void schedule(unsigned int node);
+    // The nodes of a level lie anywhere in a large graph: the object, the
+    // values and the links of the one evaluated a few places later are
+    // asked for ahead.
+    static constexpr std::size_t EVAL_AHEAD = 4;
+    static void prefetchEval(const Dag& dag, unsigned int node);
     // Evaluates one node and the class-0 queue; false on a broken active
     // constraint.
     bool evalNode(Dag& dag, unsigned int node);
