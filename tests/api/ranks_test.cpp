@@ -86,7 +86,8 @@ private:
 };
 
 // Max-cut on a random graph, searched by descent (annealing level 0), which
-// stops in a seed's own local optimum.
+// stops in a seed's own local optimum (without the deep moves, which lead
+// every seed to the same cut here).
 struct CutSolve {
     CutSolve(unsigned int seed, int iterations, int restartShare, int period = 0) {
         QXModel* m = solver.getModel();
@@ -106,6 +107,7 @@ struct CutSolve {
         param->setVerbosity(0);
         param->setAnnealingLevel(0);
         param->setAdvancedParam("restartShare", restartShare);
+        param->setAdvancedParam("kDeepEnabled", 0);
         if (period > 0) param->setAdvancedParam("exchangeIterationPeriod", period);
         solver.setDisplayCallback(nullptr, nullptr);
         solver.createPhase()->setIterationLimit(iterations);

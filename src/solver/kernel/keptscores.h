@@ -187,6 +187,9 @@ public:
             fixed.prefetchEntries(boolean);
         }
     }
+    // Whether the gains are current (they are not after a flip left 0 and 1,
+    // until the next reset).
+    bool isUsable() const { return usable; }
     long long gain(unsigned int boolean, unsigned int root) const {
         return gains[static_cast<std::size_t>(boolean) * nbRoots + root];
     }

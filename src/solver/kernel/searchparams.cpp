@@ -31,6 +31,7 @@ const AdvancedParamInfo ADVANCED_PARAMS[NB_ADVANCED_PARAMS] = {
     {"annealingEndPercent", 90, 1, 1000, true, "with annealing: share of the estimated moves, in percent, after which the search is a descent (above 100: never within the time limit)"},
     {"kFillEnabled", 1, 0, 1, false, "1: k booleans of an objective sum given up, then every flip that the room they leave lets in, the most valuable first"},
     {"largePagesEnabled", 1, 0, 1, false, "1: the search's largest arrays on 2 MB pages where the system grants them"},
+    {"kDeepEnabled", 1, 0, 1, false, "1: over an unconstrained quadratic objective, a random flip answered by up to k - 1 greedy flips, the best-ending prefix kept"},
 };
 
 SearchParams::SearchParams() {

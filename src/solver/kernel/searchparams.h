@@ -38,6 +38,7 @@ enum AdvancedParam : unsigned int {
     AnnealingEndPercent,
     KFillEnabled,
     LargePagesEnabled,
+    KDeepEnabled,
     NB_ADVANCED_PARAMS
 };
 

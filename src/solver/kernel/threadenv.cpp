@@ -5,6 +5,7 @@
 #include "solver/kernel/heuristicdescent.h"
 #include "solver/move/movechain.h"
 #include "solver/move/movekbalance.h"
+#include "solver/move/movekdeep.h"
 #include "solver/move/movekflip.h"
 #include "solver/move/movekgate.h"
 #include "solver/move/movekinterval.h"
@@ -26,6 +27,7 @@ const unsigned int QX_MV_3FORKCYCLE_WEIGHTS[16] = {0, 0, 0, 1};
 const unsigned int QX_MV_2FORKPATH_WEIGHTS[16] = {0, 0, 0, 1};
 const unsigned int QX_MV_3FORKPATH_WEIGHTS[16] = {0, 0, 0, 1};
 const unsigned int QX_MV_FILL_WEIGHTS[16] = {0, 4, 2};
+const unsigned int QX_MV_DEEP_WEIGHTS[16] = {0, 0, 1, 1, 1, 1, 1, 1, 1};
 // Each gate move's weight, where the model has gates.
 const unsigned int GATE_WEIGHT = 8;
 // Each interval move's weight, where the model has a time-indexed schedule.
@@ -123,6 +125,10 @@ void ThreadEnv::initMoves(unsigned int k) {
         swap->setWholePairs(wholePairs);
         heuristic->addMove(swap);
     }
+    // Deep moves score their sequences from the kept scores: not without them.
+    if (isWanted(QX_MV_DEEP_WEIGHTS, KDeepEnabled, k,
+                 params.get(KeptScoresEnabled) != 0 && MoveKDeep::isValidK(k, *dag)))
+        heuristic->addMove(new MoveKDeep(*dag, rand, k, weightScale * QX_MV_DEEP_WEIGHTS[k]));
     if (isWanted(QX_MV_FLIP_WEIGHTS, KFlipEnabled, k, MoveKFlip::isValidK(k, fixedFields)))
         heuristic->addMove(
             new MoveKFlip(*dag, rand, *structure, k, weightScale * QX_MV_FLIP_WEIGHTS[k], targetingValue));

@@ -670,3 +670,47 @@ TEST(SearchDifferentialTest, FillMovesKeepTheGraphExact) {
     EXPECT_GT(counts["Fill"].first, 1000u);
     EXPECT_GT(counts["Fill"].second, 0u);
 }
+
+// Unconstrained quadratic objectives (max-cut as x + y - 2xy, as != pairs,
+// or any two-boolean operator; weights of both signs; maximised or
+// minimised), from all 0, a greedy start or at random: the deep moves keep
+// the graph exact too, and are tried and taken.
+TEST(SearchDifferentialTest, DeepMovesKeepTheGraphExact) {
+    const NodeType pairTypes[] = {And, Or, Xor, Product, Eq, Neq, Lt, Leq, Gt, Geq};
+    MoveCounts counts;
+    const Range any{-(static_cast<__int128>(1) << 62), static_cast<__int128>(1) << 62};
+    for (unsigned int seed = 1; seed <= 12 && !::testing::Test::HasFatalFailure(); ++seed) {
+        std::mt19937 random(seed);
+        TestGraph g;
+        const unsigned int n = 8 + seed % 13;
+        std::vector<unsigned int> x;
+        for (unsigned int j = 0; j < n; ++j) x.push_back(g.boolean());
+        std::vector<unsigned int> terms;
+        std::vector<long long> weights;
+        for (unsigned int e = 0; e < 3 * n; ++e) {
+            const unsigned int a = x[random() % n], b = x[random() % n];
+            if (a == b) continue;
+            const long long w = static_cast<long long>(random() % 9) - (seed % 2 ? 4 : 0);
+            if (seed % 3 == 0) {
+                // w (a + b - 2ab), flattened as the compiler does.
+                terms.insert(terms.end(), {a, b, g.add(Product, {a, b})});
+                weights.insert(weights.end(), {w, w, -2 * w});
+            } else {
+                terms.push_back(g.add(seed % 3 == 1 ? Neq : pairTypes[random() % 10], {a, b}));
+                weights.push_back(w);
+            }
+        }
+        g.objective(g.add(ScalarSum, terms, weights), seed % 4 == 0 ? Minimize : Maximize);
+        g.close();
+        std::vector<Range> ranges(g.fixed.nbNodes(), any);
+        std::vector<long long> start(n, 0);
+        if (seed % 3 == 2)
+            for (long long& value : start) value = static_cast<long long>(random() % 2);
+        for (int level : {0, 3}) {
+            SCOPED_TRACE("quadratic seed " + std::to_string(seed) + " annealing level " + std::to_string(level));
+            runSearch(g, ranges, seed, level, 2500, counts, start);
+        }
+    }
+    EXPECT_GT(counts["Deep"].first, 1000u);
+    EXPECT_GT(counts["Deep"].second, 0u);
+}
