@@ -8,6 +8,10 @@
 #include <limits>
 
 namespace {
+// Roots whose one-flip changes stay within this magnitude get buckets: a
+// few tens of kilobytes a move.
+constexpr long long MAX_BUCKETED_BOUND = 4095;
+
 // Gains add in 64-bit wrap-around: exact whenever the objective's changes
 // fit, which the kept scores' roots guarantee for any set of flips.
 long long wrapAdd(long long a, long long b) {
@@ -17,14 +21,24 @@ long long wrapTimes(long long a, long long b) {
     return static_cast<long long>(static_cast<unsigned long long>(a) * static_cast<unsigned long long>(b));
 }
 
-// What the flip of w adds to the gain of u through one term of both
-// (from their committed values).
+// What the flip of w adds to the gain of u through one term of both, per
+// term table and committed values (2 xu + xw), in units of its coefficient.
+struct Interactions {
+    signed char of[16][4];
+    constexpr Interactions() : of() {
+        for (unsigned int table = 0; table < 16; ++table)
+            for (unsigned int xu = 0; xu < 2; ++xu)
+                for (unsigned int xw = 0; xw < 2; ++xw) {
+                    auto bit = [table](unsigned int u, unsigned int w) { return static_cast<int>((table >> (2 * u + w)) & 1u); };
+                    of[table][2 * xu + xw] =
+                        static_cast<signed char>(bit(1 - xu, 1 - xw) - bit(1 - xu, xw) - bit(xu, 1 - xw) + bit(xu, xw));
+                }
+    }
+};
+constexpr Interactions INTERACTIONS;
+
 long long interaction(const KeptScoresFixed::Pair& e, long long xu, long long xw) {
-    const int both = static_cast<int>(KeptScoresFixed::bit(e.table, 1 - xu, 1 - xw)) -
-                     static_cast<int>(KeptScoresFixed::bit(e.table, 1 - xu, xw)) -
-                     static_cast<int>(KeptScoresFixed::bit(e.table, xu, 1 - xw)) +
-                     static_cast<int>(KeptScoresFixed::bit(e.table, xu, xw));
-    return wrapTimes(both, e.coefficient);
+    return wrapTimes(INTERACTIONS.of[e.table & 15u][2 * xu + xw], e.coefficient);
 }
 }  // namespace
 
@@ -34,8 +48,33 @@ MoveKDeep::MoveKDeep(Dag& dag, Quickrand& quickrand, unsigned int k, unsigned in
       kept(dag.getFixedFields().keptScores()),
       slotOf(dag.getFixedFields().nbBooleans(), 0),
       stamps(dag.getFixedFields().nbBooleans(), 0) {
-    heap.reserve(dag.getFixedFields().nbBooleans());
+    const unsigned int n = dag.getFixedFields().nbBooleans();
+    heap.reserve(n);
     sequence.reserve(static_cast<std::size_t>(k) * DEPTH_PER_K);
+    // A flip changes each of its terms by at most the term's coefficient.
+    bounds.assign(kept.nbRoots(), 0);
+    std::vector<long long> own(kept.nbRoots(), 0);
+    auto addTo = [](long long& total, long long coefficient) {
+        const long long magnitude =
+            coefficient == std::numeric_limits<long long>::min() ? std::numeric_limits<long long>::max()
+                                                                 : (coefficient < 0 ? -coefficient : coefficient);
+        total = total > std::numeric_limits<long long>::max() - magnitude ? std::numeric_limits<long long>::max()
+                                                                           : total + magnitude;
+    };
+    for (unsigned int b = 0; b < n; ++b) {
+        std::fill(own.begin(), own.end(), 0);
+        for (const KeptScoresFixed::Pair* e = kept.pairsBegin(b); e != kept.pairsEnd(b); ++e) addTo(own[e->root], e->coefficient);
+        for (const KeptScoresFixed::Linear* e = kept.linearsBegin(b); e != kept.linearsEnd(b); ++e)
+            addTo(own[e->root], e->coefficient);
+        for (unsigned int r = 0; r < kept.nbRoots(); ++r) bounds[r] = std::max(bounds[r], own[r]);
+    }
+    if (!bounds.empty() && *std::min_element(bounds.begin(), bounds.end()) <= MAX_BUCKETED_BOUND) {
+        heads.assign(static_cast<std::size_t>(2 * MAX_BUCKETED_BOUND + 1), NIL);
+        nexts.assign(n, NIL);
+        previous.assign(n, NIL);
+        gainOf.assign(n, 0);
+        queuedBooleans.reserve(n);
+    }
 }
 
 bool MoveKDeep::isValidK(unsigned int k, const Dag& dag) {
@@ -66,6 +105,80 @@ bool MoveKDeep::optimizedRoot(unsigned int& r, long long& s) const {
         return false;
     }
     return false;
+}
+
+// --- The candidates ------------------------------------------------------
+
+void MoveKDeep::clearQueue() {
+    heap.clear();
+    for (unsigned int b : queuedBooleans) heads[bucketOf(b)] = NIL;
+    queuedBooleans.clear();
+    queued = 0;
+    top = 0;
+}
+
+void MoveKDeep::insert(unsigned int boolean, long long gain) {
+    if (!bucketed) {
+        heap.push_back({gain, boolean});
+        slotOf[boolean] = static_cast<unsigned int>(heap.size() - 1);
+        raise(slotOf[boolean]);
+        return;
+    }
+    gainOf[boolean] = gain;
+    link(boolean);
+    queuedBooleans.push_back(boolean);
+    ++queued;
+}
+
+void MoveKDeep::change(unsigned int boolean, long long by) {
+    if (!bucketed) {
+        const unsigned int slot = slotOf[boolean];
+        heap[slot].gain = wrapAdd(heap[slot].gain, by);
+        if (by > 0)
+            raise(slot);
+        else
+            lower(slot);
+        return;
+    }
+    unlink(boolean);
+    gainOf[boolean] += by;
+    link(boolean);
+}
+
+MoveKDeep::Candidate MoveKDeep::popBest() {
+    if (bucketed) {
+        while (heads[top] == NIL) --top;
+        const unsigned int best = heads[top];
+        unlink(best);
+        --queued;
+        return {gainOf[best], best};
+    }
+    const Candidate best = heap.front();
+    const Candidate last = heap.back();
+    heap.pop_back();
+    if (!heap.empty()) {
+        heap.front() = last;
+        lower(0);
+    }
+    return best;
+}
+
+void MoveKDeep::link(unsigned int boolean) {
+    const unsigned int bucket = bucketOf(boolean);
+    previous[boolean] = NIL;
+    nexts[boolean] = heads[bucket];
+    if (heads[bucket] != NIL) previous[heads[bucket]] = boolean;
+    heads[bucket] = boolean;
+    top = std::max(top, bucket);
+}
+
+void MoveKDeep::unlink(unsigned int boolean) {
+    const unsigned int before = previous[boolean], after = nexts[boolean];
+    if (before != NIL)
+        nexts[before] = after;
+    else
+        heads[bucketOf(boolean)] = after;
+    if (after != NIL) previous[after] = before;
 }
 
 // --- The heap ------------------------------------------------------------
@@ -100,17 +213,6 @@ void MoveKDeep::lower(unsigned int slot) {
     place(slot, moving);
 }
 
-MoveKDeep::Candidate MoveKDeep::popBest() {
-    const Candidate best = heap.front();
-    const Candidate last = heap.back();
-    heap.pop_back();
-    if (!heap.empty()) {
-        heap.front() = last;
-        lower(0);
-    }
-    return best;
-}
-
 // --- The move ------------------------------------------------------------
 
 void MoveKDeep::take(unsigned int boolean) {
@@ -125,21 +227,14 @@ void MoveKDeep::take(unsigned int boolean) {
         const KeptScoresFixed::Pair& e = pairs[i];
         const unsigned int w = others[i];
         if (e.root != root) continue;
-        const long long change = wrapTimes(sign, interaction(e, dag.currentValue(e.other), xu));
+        const long long delta = wrapTimes(sign, interaction(e, dag.currentValue(e.other), xu));
         if (stamps[w] != stamp) {
             stamps[w] = stamp;
-            heap.push_back({wrapAdd(wrapTimes(sign, scores->gain(w, root)), change), w});
-            slotOf[w] = static_cast<unsigned int>(heap.size() - 1);
-            raise(slotOf[w]);
-            continue;
+            slotOf[w] = 0;
+            insert(w, wrapAdd(wrapTimes(sign, scores->gain(w, root)), delta));
+        } else if (slotOf[w] != FLIPPED && delta != 0) {
+            change(w, delta);
         }
-        const unsigned int slot = slotOf[w];
-        if (slot == FLIPPED || change == 0) continue;
-        heap[slot].gain = wrapAdd(heap[slot].gain, change);
-        if (change > 0)
-            raise(slot);
-        else
-            lower(slot);
     }
 }
 
@@ -152,7 +247,9 @@ bool MoveKDeep::modify() {
         std::fill(stamps.begin(), stamps.end(), 0);
         stamp = 1;
     }
-    heap.clear();
+    clearQueue();
+    bucketed = !heads.empty() && bounds[root] <= MAX_BUCKETED_BOUND;
+    bound = bounds[root];
     sequence.clear();
     const unsigned int first = quickrand.nextInt(fixed.nbBooleans());
     long long total = wrapTimes(sign, scores->gain(first, root));
@@ -160,7 +257,7 @@ bool MoveKDeep::modify() {
     long long best = std::numeric_limits<long long>::min();
     std::size_t bestLength = 0;
     const std::size_t depth = static_cast<std::size_t>(k) * DEPTH_PER_K;
-    while (sequence.size() < depth && !heap.empty()) {
+    while (sequence.size() < depth && !isQueueEmpty()) {
         const Candidate next = popBest();
         total = wrapAdd(total, next.gain);
         take(next.boolean);

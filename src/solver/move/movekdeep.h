@@ -38,16 +38,24 @@ private:
     // The boolean flips in the sequence: its neighbours' gains change.
     void take(unsigned int boolean);
 
-    // The candidates, a binary heap on their gains given the flips so far,
-    // best first.
+    // The candidates on their gains given the flips so far, best first: in
+    // buckets of equal gain where the root's gains are small integers
+    // (unit weights: a change costs a few stores), else in a binary heap.
     struct Candidate {
         long long gain;
         unsigned int boolean;
     };
+    void clearQueue();
+    bool isQueueEmpty() const { return bucketed ? queued == 0 : heap.empty(); }
+    void insert(unsigned int boolean, long long gain);
+    void change(unsigned int boolean, long long by);
+    Candidate popBest();
     void place(unsigned int slot, Candidate candidate);
     void raise(unsigned int slot);
     void lower(unsigned int slot);
-    Candidate popBest();
+    unsigned int bucketOf(unsigned int boolean) const { return static_cast<unsigned int>(gainOf[boolean] + bound); }
+    void link(unsigned int boolean);
+    void unlink(unsigned int boolean);
 
     unsigned int k;
     const KeptScoresFixed& kept;
@@ -60,6 +68,19 @@ private:
     std::vector<unsigned int> slotOf, stamps;
     unsigned int stamp = 0;
     std::vector<Candidate> heap;
+    // Per root, the largest change one flip can make to it, saturated.
+    std::vector<long long> bounds;
+    bool bucketed = false;
+    long long bound = 0;
+    // Buckets: the first of each gain (from -bound), per boolean its gain
+    // and neighbours in its bucket, the highest bucket that may be
+    // occupied, and the booleans queued in this move.
+    static constexpr unsigned int NIL = 0xffffffffu;
+    std::vector<unsigned int> heads, nexts, previous;
+    std::vector<long long> gainOf;
+    std::vector<unsigned int> queuedBooleans;
+    unsigned int queued = 0;
+    unsigned int top = 0;
     std::vector<unsigned int> sequence;
     std::size_t flippedLength = 0;
 };
