@@ -29,7 +29,9 @@ struct Interactions {
         for (unsigned int table = 0; table < 16; ++table)
             for (unsigned int xu = 0; xu < 2; ++xu)
                 for (unsigned int xw = 0; xw < 2; ++xw) {
-                    auto bit = [table](unsigned int u, unsigned int w) { return static_cast<int>((table >> (2 * u + w)) & 1u); };
+                    auto bit = [table](unsigned int u, unsigned int w) {
+                        return static_cast<int>((table >> (2 * u + w)) & 1u);
+                    };
                     of[table][2 * xu + xw] =
                         static_cast<signed char>(bit(1 - xu, 1 - xw) - bit(1 - xu, xw) - bit(xu, 1 - xw) + bit(xu, xw));
                 }
@@ -51,6 +53,7 @@ MoveKDeep::MoveKDeep(Dag& dag, Quickrand& quickrand, unsigned int k, unsigned in
     const unsigned int n = dag.getFixedFields().nbBooleans();
     heap.reserve(n);
     sequence.reserve(static_cast<std::size_t>(k) * DEPTH_PER_K);
+    if (kept.nbRoots() == 0) return;
     // A flip changes each of its terms by at most the term's coefficient.
     bounds.assign(kept.nbRoots(), 0);
     std::vector<long long> own(kept.nbRoots(), 0);
@@ -63,12 +66,13 @@ MoveKDeep::MoveKDeep(Dag& dag, Quickrand& quickrand, unsigned int k, unsigned in
     };
     for (unsigned int b = 0; b < n; ++b) {
         std::fill(own.begin(), own.end(), 0);
-        for (const KeptScoresFixed::Pair* e = kept.pairsBegin(b); e != kept.pairsEnd(b); ++e) addTo(own[e->root], e->coefficient);
+        for (const KeptScoresFixed::Pair* e = kept.pairsBegin(b); e != kept.pairsEnd(b); ++e)
+            addTo(own[e->root], e->coefficient);
         for (const KeptScoresFixed::Linear* e = kept.linearsBegin(b); e != kept.linearsEnd(b); ++e)
             addTo(own[e->root], e->coefficient);
         for (unsigned int r = 0; r < kept.nbRoots(); ++r) bounds[r] = std::max(bounds[r], own[r]);
     }
-    if (!bounds.empty() && *std::min_element(bounds.begin(), bounds.end()) <= MAX_BUCKETED_BOUND) {
+    if (*std::min_element(bounds.begin(), bounds.end()) <= MAX_BUCKETED_BOUND) {
         heads.assign(static_cast<std::size_t>(2 * MAX_BUCKETED_BOUND + 1), NIL);
         nexts.assign(n, NIL);
         previous.assign(n, NIL);
