@@ -20,12 +20,15 @@
 #include "solver/kernel/threadenv.h"
 #include "solver/move/autonomousfixedfields.h"
 
+#include <boost/thread/lock_guard.hpp>
+#include <boost/thread/mutex.hpp>
 #include <boost/thread/thread.hpp>
 #ifdef __GLIBC__
 #include <malloc.h>
 #endif
 
 #include <algorithm>
+#include <atomic>
 #include <exception>
 #include <chrono>
 #include <iostream>
@@ -148,8 +151,15 @@ void Quarrix::createSolver(SolveGraphs& compiled, const SearchParams& params) {
     const DagFixedFields& fixed = compiled.getDag(0)->getFixedFields();
     autonomousFixedFields.reset(new AutonomousFixedFields(fixed));
     threadEnvs.resize(nbThreads);
-    std::vector<std::exception_ptr> failures(nbThreads);
+    // Only the first failure is kept, and the threads not yet prepared then
+    // give up: each kept exception holds its object, and a thousand
+    // out-of-memory ones would exhaust the little memory the runtime keeps
+    // for throwing.
+    std::exception_ptr failure;
+    boost::mutex failureMutex;
+    std::atomic<bool> failed{false};
     auto prepare = [&](unsigned int t) {
+        if (failed.load(std::memory_order_acquire)) return;
         try {
             // Each thread draws its start and its search from its own
             // generator: the first thread's run is a one-thread run's.
@@ -169,7 +179,9 @@ void Quarrix::createSolver(SolveGraphs& compiled, const SearchParams& params) {
             const unsigned int threadSeed = rand.nextInt(2147483647u);
             threadEnvs[t].reset(new ThreadEnv(params, dag, autonomousFixedFields.get(), threadSeed));
         } catch (...) {
-            failures[t] = std::current_exception();
+            boost::lock_guard<boost::mutex> lock(failureMutex);
+            if (!failure) failure = std::current_exception();
+            failed.store(true, std::memory_order_release);
         }
     };
     // The threads prepare their starts side by side: on a large model each
@@ -177,7 +189,10 @@ void Quarrix::createSolver(SolveGraphs& compiled, const SearchParams& params) {
     // A thread that cannot be started prepares here, after the others.
     std::vector<std::unique_ptr<boost::thread>> workers;
     workers.reserve(nbThreads);
+    // Reserved: a failure to grow it in the handler below would leave the
+    // started workers unjoined.
     std::vector<unsigned int> here{0};
+    here.reserve(nbThreads);
     for (unsigned int t = 1; t < nbThreads; ++t) {
         try {
             workers.push_back(std::make_unique<boost::thread>([&prepare, t] { prepare(t); }));
@@ -187,11 +202,10 @@ void Quarrix::createSolver(SolveGraphs& compiled, const SearchParams& params) {
     }
     for (unsigned int t : here) prepare(t);
     for (std::unique_ptr<boost::thread>& worker : workers) worker->join();
-    for (std::exception_ptr& failure : failures)
-        if (failure) {
-            threadEnvs.clear();
-            std::rethrow_exception(failure);
-        }
+    if (failure) {
+        threadEnvs.clear();
+        std::rethrow_exception(failure);
+    }
     for (const std::unique_ptr<ThreadEnv>& env : threadEnvs) parallelizer->addHeuristic(env->getHeuristic());
 }
 

@@ -64,6 +64,24 @@ QXM
   check thread_start_failure 1 \
     "Error: Cannot start a thread: the system refused it (too many threads, or not enough memory for their stacks; try a smaller qxNbThreads)." \
     $status err
+
+  # Many threads whose searches run out of memory while they are prepared:
+  # the first failure is reported and the others dropped (kept, each would
+  # hold an exception, and their number exhausted what the runtime keeps
+  # for throwing: the process aborted). Whether memory or a thread start
+  # fails first depends on timing; either is a clean error.
+  cat > quadratic.qxm <<'QXM'
+function model() { x[i in 0..9] <- bool(); s = 0; for [i in 0..8] s = s + x[i] * x[i + 1] - x[i]; minimize s; }
+function param() { qxTimeLimit = 60; qxNbThreads = 1024; qxVerbosity = 0; }
+QXM
+  for attempt in 1 2 3; do
+    (ulimit -v 700000; "$quarrix" quadratic.qxm > /dev/null 2> err); status=$?
+    if grep -q -E "^Error.*(Out of memory: the program|Cannot start a thread: the system refused it)" <(head -n 1 err); then
+      check "many_threads_out_of_memory_$attempt" 1 "$(head -n 1 err)" $status err
+    else
+      check "many_threads_out_of_memory_$attempt" 1 "a resource error" $status err
+    fi
+  done
 fi
 
 # Three interrupts back to back, while the search runs on several threads:

@@ -66,8 +66,25 @@ void Parallelizer::start() {
         nbPaused = 0;
         nbAtCheckpoint = 0;
     }
-    for (unsigned int i = 0; i < heuristics.size(); ++i)
-        threads.push_back(std::make_unique<boost::thread>([this, i] { startHeuristic(i); }));
+    threads.reserve(heuristics.size());
+    try {
+        for (unsigned int i = 0; i < heuristics.size(); ++i)
+            threads.push_back(std::make_unique<boost::thread>([this, i] { startHeuristic(i); }));
+    } catch (...) {
+        // A thread that cannot start ends the solve. The started ones stop
+        // at their next iteration (a stop before their run began would be
+        // lost) and end before the failure goes on: a running thread may
+        // not outlive this object.
+        {
+            ExclusiveLock lock(stateLock);
+            nbRunning = static_cast<int>(threads.size());
+            oneEnded = true;
+            firstEndedIterations = 0;
+            attention.store(true, std::memory_order_release);
+        }
+        stop();
+        throw;
+    }
 }
 
 void Parallelizer::startHeuristic(unsigned int i) {
