@@ -165,7 +165,7 @@ TEST(QuarrixSolve, ChainMovesReachTheKnapsackOptimumWhereFlipsAndSwapsStall) {
     // Every item lies in the capacity sum: no free boolean, so no k-flip.
     // Single flips stall on items 0, 3 and 8 (value 247); the optimum
     // (0, 1, 2, 3, 5) needs one item traded against several, which the
-    // chain moves, their forks and the fills build. (Swaps, whose pairs may share a
+    // chain moves, their forks and the fills (deep ones too) build. (Swaps, whose pairs may share a
     // boolean and then flip an odd count, reach it too: they are off here.)
     auto withoutPairs = [](KnapsackSolve& k) {
         k.solver.getParam()->setAdvancedParam("kSwapEnabled", 0);
@@ -183,7 +183,7 @@ TEST(QuarrixSolve, ChainMovesReachTheKnapsackOptimumWhereFlipsAndSwapsStall) {
     KnapsackSolve without(1, 1);
     withoutPairs(without);
     for (const char* kind : {"kPathEnabled", "kCycleEnabled", "k2ForkCycleEnabled", "k3ForkCycleEnabled",
-                             "k2ForkPathEnabled", "k3ForkPathEnabled", "kFillEnabled"})
+                             "k2ForkPathEnabled", "k3ForkPathEnabled", "kFillEnabled", "kDeepFillEnabled"})
         without.solver.getParam()->setAdvancedParam(kind, 0);
     without.solver.createPhase()->setIterationLimit(200000);
     without.solver.solve();

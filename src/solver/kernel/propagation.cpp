@@ -155,6 +155,13 @@ void Propagation::modifyUnmodifiedVariable(Dag& dag, unsigned int node, long lon
     modifiedVariables.push_back(node);
 }
 
+void Propagation::unmodifyLastVariable(Dag& dag) {
+    const unsigned int node = modifiedVariables.back();
+    modifiedVariables.pop_back();
+    dag.setNewValue(node, dag.currentValue(node));
+    dag.clearModified(node);
+}
+
 // The variables enter the graph's lists only when the graph evaluates the
 // move: a move judged from the kept scores and refused never does.
 void Propagation::scheduleVariables() {

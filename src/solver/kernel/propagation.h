@@ -50,6 +50,9 @@ public:
     // For a variable not modified yet and known to take a new value: stores
     // only, so that a move over data far in memory does not wait on it.
     void modifyUnmodifiedVariable(Dag& dag, unsigned int node, long long value);
+    // Takes back the last variable modified, before the move is evaluated:
+    // a move that looked further than it keeps.
+    void unmodifyLastVariable(Dag& dag);
     // False when an active constraint became violated, or a node could not
     // be evaluated; the move was left half-evaluated and must be rolled back.
     bool eval(Dag& dag);

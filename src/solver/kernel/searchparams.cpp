@@ -32,6 +32,7 @@ const AdvancedParamInfo ADVANCED_PARAMS[NB_ADVANCED_PARAMS] = {
     {"kFillEnabled", 1, 0, 1, false, "1: k booleans of an objective sum given up, then every flip that the room they leave lets in, the most valuable first"},
     {"largePagesEnabled", 1, 0, 1, false, "1: the search's largest arrays on 2 MB pages where the system grants them"},
     {"kDeepEnabled", 1, 0, 1, false, "1: over an unconstrained quadratic objective, a random flip answered by up to k - 1 greedy flips, the best-ending prefix kept"},
+    {"kDeepFillEnabled", 1, 0, 1, false, "1: up to k rounds of one boolean of an objective sum given up and the room it leaves filled, the rounds up to the best-ending one kept"},
 };
 
 SearchParams::SearchParams() {

@@ -39,6 +39,7 @@ enum AdvancedParam : unsigned int {
     KFillEnabled,
     LargePagesEnabled,
     KDeepEnabled,
+    KDeepFillEnabled,
     NB_ADVANCED_PARAMS
 };
 

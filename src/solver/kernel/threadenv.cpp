@@ -28,6 +28,7 @@ const unsigned int QX_MV_2FORKPATH_WEIGHTS[16] = {0, 0, 0, 1};
 const unsigned int QX_MV_3FORKPATH_WEIGHTS[16] = {0, 0, 0, 1};
 const unsigned int QX_MV_FILL_WEIGHTS[16] = {0, 4, 2};
 const unsigned int QX_MV_DEEP_WEIGHTS[16] = {0, 0, 1, 1, 1, 1, 1, 1, 1};
+const unsigned int QX_MV_DEEP_FILL_WEIGHTS[16] = {0, 0, 1, 1, 1, 1, 1, 1, 1};
 // Each gate move's weight, where the model has gates.
 const unsigned int GATE_WEIGHT = 8;
 // Each interval move's weight, where the model has a time-indexed schedule.
@@ -142,13 +143,14 @@ void ThreadEnv::initMoves(unsigned int k) {
         unsigned int nbBranches;
         unsigned int scale;
     };
-    const Chain chains[7] = {{QX_MV_PATH_WEIGHTS, KPathEnabled, MoveChain::Path, 1, weightScale},
+    const Chain chains[8] = {{QX_MV_PATH_WEIGHTS, KPathEnabled, MoveChain::Path, 1, weightScale},
                              {QX_MV_CYCLE_WEIGHTS, KCycleEnabled, MoveChain::Cycle, 1, 1},
                              {QX_MV_2FORKCYCLE_WEIGHTS, K2ForkCycleEnabled, MoveChain::ForkCycle, 2, weightScale},
                              {QX_MV_3FORKCYCLE_WEIGHTS, K3ForkCycleEnabled, MoveChain::ForkCycle, 3, weightScale},
                              {QX_MV_2FORKPATH_WEIGHTS, K2ForkPathEnabled, MoveChain::ForkPath, 2, weightScale},
                              {QX_MV_3FORKPATH_WEIGHTS, K3ForkPathEnabled, MoveChain::ForkPath, 3, weightScale},
-                             {QX_MV_FILL_WEIGHTS, KFillEnabled, MoveChain::Fill, 1, weightScale}};
+                             {QX_MV_FILL_WEIGHTS, KFillEnabled, MoveChain::Fill, 1, weightScale},
+                             {QX_MV_DEEP_FILL_WEIGHTS, KDeepFillEnabled, MoveChain::DeepFill, 1, weightScale}};
     const bool violationTargeting = params.get(ViolationTargetingEnabled) != 0;
     for (const Chain& chain : chains)
         if (isWanted(chain.weights, chain.enabling, k, MoveChain::isValidK(chain.shape, k, fixedFields))) {

@@ -25,7 +25,7 @@ const unsigned int RESERVED_FLIPS = 128;
 // the list at hand; beyond, from the graph's flags.
 const std::size_t SCANNED_FLIPS = 8;
 
-const char* const KIND_WORDS[] = {"Cycle", "Path", "ForkCycle", "ForkPath", "Fill"};
+const char* const KIND_WORDS[] = {"Cycle", "Path", "ForkCycle", "ForkPath", "Fill", "DeepFill"};
 
 long long clamp(__int128 value) {
     if (value > std::numeric_limits<long long>::max()) return std::numeric_limits<long long>::max();
@@ -41,7 +41,8 @@ MoveChain::MoveChain(Dag& dag, Quickrand& quickrand, AutonomousStructure& struct
       shifts(structure.getShifts()),
       nbBranches(nbBranches),
       returnsToStart(shape == Cycle || shape == ForkCycle),
-      fills(shape == Fill) {
+      fills(shape == Fill || shape == DeepFill),
+      deepFills(shape == DeepFill) {
     flipped.reserve(RESERVED_FLIPS);
     bool forked = shape == ForkCycle || shape == ForkPath;
     if (forked ? nbBranches < 2 : nbBranches != 1)
@@ -51,10 +52,11 @@ MoveChain::MoveChain(Dag& dag, Quickrand& quickrand, AutonomousStructure& struct
         if (fixedFields.objectiveSign(sum) != 0) objectiveSums.push_back(sum);
     marks.assign(dag.getFixedFields().nbBooleans(), 0);
     candidates.reserve(FILL_SCAN);
+    rounds.reserve(MAX_DEEP_ROUNDS);
 }
 
 bool MoveChain::isValidK(Shape shape, unsigned int k, const AutonomousFixedFields& fixed) {
-    if (shape == Fill) {
+    if (shape == Fill || shape == DeepFill) {
         // Fills pay where the constrained sums are wide (capacities, covers).
         // Where they are pairs on average (conflicts: x + y <= 1), a fill is
         // a swap that the chains make already, and taking the best fitting
@@ -62,7 +64,8 @@ bool MoveChain::isValidK(Shape shape, unsigned int k, const AutonomousFixedField
         std::size_t booleans = 0;
         const unsigned int nbFree = fixed.getNbFreeRootSums(), nbSums = fixed.getNbRootSums();
         for (unsigned int sum = nbFree; sum < nbSums; ++sum) booleans += fixed.getRootSums()[sum].booleans.size();
-        return (k == 1 || k == 2) && fixed.hasObjectiveSums() && nbSums > nbFree &&
+        const bool sized = shape == Fill ? k == 1 || k == 2 : k >= 2 && k <= MAX_DEEP_ROUNDS;
+        return sized && fixed.hasObjectiveSums() && nbSums > nbFree &&
                booleans >= 3 * static_cast<std::size_t>(nbSums - nbFree);
     }
     bool forked = shape == ForkCycle || shape == ForkPath;
@@ -190,16 +193,18 @@ void MoveChain::flipStep(RootBool rootBool, long long value) {
     lastFlipped = rootBool;
     flipped.push_back(rootBool);
     // Free sums are never unsettled: only the constrained ones are tracked.
-    for (const RootBool::Entry& entry : rootBool.constrainedEntries()) {
-        shifts.add(entry.sum, shiftOf(entry, value));
-        long long broken = excess(entry.sum, shifts[entry.sum]);
-        shifts.setExcess(entry.sum, broken);
-        if (shifts.setUnsettled(entry.sum, broken > 0)) {
-            const unsigned char family = fixedFields.familyOf(entry.sum);
-            if (family != AutonomousFixedFields::NO_FAMILY) {
-                if (broken > 0) ++brokenInFamily[family];
-                else --brokenInFamily[family];
-            }
+    for (const RootBool::Entry& entry : rootBool.constrainedEntries()) shiftSum(entry.sum, shiftOf(entry, value));
+}
+
+void MoveChain::shiftSum(unsigned int sum, long long delta) {
+    shifts.add(sum, delta);
+    const long long broken = excess(sum, shifts[sum]);
+    shifts.setExcess(sum, broken);
+    if (shifts.setUnsettled(sum, broken > 0)) {
+        const unsigned char family = fixedFields.familyOf(sum);
+        if (family != AutonomousFixedFields::NO_FAMILY) {
+            if (broken > 0) ++brokenInFamily[family];
+            else --brokenInFamily[family];
         }
     }
 }
@@ -420,14 +425,63 @@ bool MoveChain::fill() {
     // booleans whose flip loses: the packed items of a maximised sum.
     const SumSide gaining{sum, fixedFields.objectiveSign(sum) > 0};
     const unsigned int n = nbOpposites(gaining);
-    if (n == 0) return false;
-    if (n < k) return false;
-    for (unsigned int opened = 0; opened < k; ++opened) {
-        RootBool boolean = oppositeAt(gaining, quickrand.nextInt(n));
-        // The second drawn again while it is the first.
-        while (isFlipped(boolean)) boolean = oppositeAt(gaining, quickrand.nextInt(n));
-        flipStep(boolean, valueAsOpposite(boolean, gaining));
+    if (n == 0 || (!deepFills && n < k)) return false;
+    if (!deepFills) {
+        for (unsigned int opened = 0; opened < k; ++opened) giveUp(gaining, n);
+        return fillRoom(nullptr) != 0 && finish();
     }
+    // Rounds of giving one up and filling, as far as k of them; the move
+    // keeps the rounds up to the one that ends best. A round may lose (the
+    // item given up worth more than what its room takes in) and the next
+    // gain more than that back: an exchange of several items for several
+    // that no single round finds from a local optimum.
+    rounds.clear();
+    __int128 worth = 0, bestWorth = 0;
+    std::size_t bestEnd = 0;
+    for (unsigned int round = 0; round < k; ++round) {
+        const std::size_t before = flipped.size();
+        if (!giveUp(gaining, n)) break;
+        const RootBool opened = flipped.back();
+        fillRoom(&opened);
+        for (std::size_t f = before; f < flipped.size(); ++f)
+            worth += worthOf(flipped[f], dag.currentValue(flipped[f].getNode()));
+        const bool settled = shifts.getUnsettled().empty();
+        rounds.push_back({flipped.size(), clamp(worth), settled});
+        if (settled && (bestEnd == 0 || worth > bestWorth)) {
+            bestWorth = worth;
+            bestEnd = flipped.size();
+        }
+    }
+    if (bestEnd == 0) return false;
+    while (flipped.size() > bestEnd) unflipLast();
+    return finish();
+}
+
+bool MoveChain::giveUp(SumSide gaining, unsigned int n) {
+    // Drawn again while flipped already; a few times only, since deep fills
+    // may have given up most of a small sum.
+    for (unsigned int draw = 0; draw < 8; ++draw) {
+        const RootBool boolean = oppositeAt(gaining, quickrand.nextInt(n));
+        if (isFlipped(boolean)) continue;
+        flipStep(boolean, valueAsOpposite(boolean, gaining));
+        return true;
+    }
+    return false;
+}
+
+void MoveChain::unflipLast() {
+    const RootBool rootBool = flipped.back();
+    const long long value = dag.currentValue(rootBool.getNode());
+    flipped.pop_back();
+    dag.getPropagation().unmodifyLastVariable(dag);
+    for (const RootBool::Entry& entry : rootBool.constrainedEntries()) {
+        const long long step = shiftOf(entry, value);
+        shiftSum(entry.sum, step == std::numeric_limits<long long>::min() ? std::numeric_limits<long long>::max() : -step);
+    }
+    if (!flipped.empty()) lastFlipped = flipped.back();
+}
+
+unsigned int MoveChain::fillRoom(const RootBool* opened) {
     // The candidates move a sum that the opening moved back the other way
     // (they use the room it left) and gain on the objectives; a boolean of
     // several such sums is weighed once.
@@ -438,11 +492,9 @@ bool MoveChain::fill() {
     candidates.clear();
     const DagFixedFields& fixed = dag.getFixedFields();
     unsigned int scanned = 0;
-    for (unsigned int touched : shifts.getTouched()) {
-        if (shifts[touched] == 0) continue;
-        const SumSide side{touched, shifts[touched] > 0};
+    auto scan = [&](SumSide side) {
         const unsigned int m = nbOpposites(side);
-        if (m == 0) continue;
+        if (m == 0) return;
         const unsigned int offset = quickrand.nextInt(m);
         for (unsigned int i = 0; i < m && scanned < FILL_SCAN; ++i) {
             const RootBool rootBool = oppositeAt(side, (offset + i) % m);
@@ -456,6 +508,15 @@ bool MoveChain::fill() {
             if (worth > 0 && fits(rootBool, value))
                 candidates.push_back({static_cast<double>(worth) / usage(rootBool, value), rootBool, value});
         }
+    };
+    if (opened == nullptr) {
+        for (unsigned int touched : shifts.getTouched())
+            if (shifts[touched] != 0) scan({touched, shifts[touched] > 0});
+    } else {
+        // A deep fill's later rounds: the sums may have moved either way in
+        // all, and the room is the one this give-up left.
+        const long long value = dag.currentValue(opened->getNode());
+        for (const RootBool::Entry& entry : opened->constrainedEntries()) scan({entry.sum, shiftOf(entry, value) > 0});
     }
     // The best worth per room used that still fits, again and again. The
     // room only shrinks as the fill goes (in a knapsack, a set cover), so
@@ -478,7 +539,7 @@ bool MoveChain::fill() {
         candidates[best] = candidates.back();
         candidates.pop_back();
     }
-    return taken != 0 && finish();
+    return taken;
 }
 
 // The share of the room left in each sum that the flip would take, summed:

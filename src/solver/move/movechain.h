@@ -70,7 +70,10 @@ public:
     // takes every flip that the room they left makes possible, the most
     // valuable first: drop an item and pack the best that now fit, or buy
     // a column and sell the dearest ones it makes redundant.
-    enum Shape { Cycle, Path, ForkCycle, ForkPath, Fill };
+    // "DeepFill" (k = 2 to MAX_DEEP_ROUNDS) repeats a fill of one up to k
+    // times and keeps the rounds up to the one that ends best.
+    enum Shape { Cycle, Path, ForkCycle, ForkPath, Fill, DeepFill };
+    static constexpr unsigned int MAX_DEEP_ROUNDS = 8;
 
     // `nbBranches`, the l of a fork (2 or 3), is 1 for the plain shapes;
     // anything else is refused.
@@ -82,6 +85,16 @@ public:
     // violated constraint's sum (min-conflicts) rather than from the
     // objective.
     void setViolationTargeting(bool on) { violationTargeting = on; }
+    // The rounds of the last deep fill built, in order: the move's flips
+    // after each, the objectives' gain so far, whether it left every
+    // constraint kept. The move kept the rounds up to the first settled one
+    // of the best gain.
+    struct Round {
+        std::size_t end;
+        long long worth;
+        bool settled;
+    };
+    const std::vector<Round>& getRounds() const { return rounds; }
     // Whether the shape has a chain of size k in these fields.
     static bool isValidK(Shape shape, unsigned int k, const AutonomousFixedFields& fixed);
 
@@ -116,8 +129,18 @@ protected:
     // than the flips left could settle (each settles at most one of them):
     // the move would be refused at its end, and is given up at once.
     bool isDoomed(unsigned int flipsLeft) const;
-    // The Fill shape; false when nothing could be taken.
+    // The Fill shapes; false when nothing could be taken.
     bool fill();
+    // Flips a random unflipped opposite of the side among its n; false
+    // when a few draws found none.
+    bool giveUp(SumSide gaining, unsigned int n);
+    // Every flip that fits in the room the move's shifts left (the room
+    // that `opened` left, when given), the most valuable per room first;
+    // how many.
+    unsigned int fillRoom(const RootBool* opened);
+    // Takes back the move's last flip.
+    void unflipLast();
+    void shiftSum(unsigned int sum, long long delta);
     // Whether the flip of the boolean of committed value `value` breaks no
     // constraint further.
     bool fits(RootBool rootBool, long long value) const;
@@ -176,6 +199,7 @@ protected:
     unsigned int nbBranches;
     bool returnsToStart;
     bool fills;
+    bool deepFills;
     // Fill only: the objective sums, the candidates with their worth, and a
     // mark per boolean rank so that a boolean of several sums is weighed
     // once (marked when marks[rank] == stamp).
@@ -186,6 +210,7 @@ protected:
         long long value;
     };
     std::vector<Candidate> candidates;
+    std::vector<Round> rounds;
     std::vector<unsigned int> marks;
     unsigned int stamp = 0;
     // The booleans this move flipped, a handful but for fills: scanned

@@ -627,7 +627,7 @@ TEST(SearchDifferentialTest, IntervalMovesKeepTheGraphExact) {
 
 // Knapsacks of several rows (some weights negative, some rows ranged from
 // below too) and set covers with costs, from all 0, a greedy start or all
-// 1: the fills keep the graph exact too, and are tried and taken.
+// 1: the fills, deep ones too, keep the graph exact, and are tried and taken.
 TEST(SearchDifferentialTest, FillMovesKeepTheGraphExact) {
     MoveCounts counts;
     const Range any{-(static_cast<__int128>(1) << 62), static_cast<__int128>(1) << 62};
@@ -669,6 +669,8 @@ TEST(SearchDifferentialTest, FillMovesKeepTheGraphExact) {
     }
     EXPECT_GT(counts["Fill"].first, 1000u);
     EXPECT_GT(counts["Fill"].second, 0u);
+    EXPECT_GT(counts["DeepFill"].first, 1000u);
+    EXPECT_GT(counts["DeepFill"].second, 0u);
 }
 
 // Unconstrained quadratic objectives (max-cut as x + y - 2xy, as != pairs,

@@ -19,6 +19,7 @@
 #include <limits>
 #include <map>
 #include <memory>
+#include <random>
 #include <set>
 #include <tuple>
 
@@ -273,6 +274,87 @@ TEST(MoveChainTest, FillsPackTheItemsOfBestValuePerWeightThatTheDropsLetIn) {
         EXPECT_EQ(built, 100u);
         EXPECT_EQ(best, k == 1 ? 309 : 258);
     }
+}
+
+TEST(MoveChainTest, DeepFillsKeepTheRoundsUpToTheBestEndingOne) {
+    // Knapsacks of three rows over every item, from a random packing that
+    // fits; the search wanders (every third move committed). Each built
+    // deep fill ran at most k rounds, each of one item given up and the room
+    // filled; it kept the rounds up to the first of the best gain, which is
+    // what the evaluation finds, breaks no row, and leaves no item out that
+    // gains and fits, but those it gave up.
+    for (unsigned int seed = 1; seed <= 6; ++seed) {
+        std::mt19937 random(seed);
+        const unsigned int n = 14 + seed * 3, m = 3;
+        TestGraph g;
+        std::vector<unsigned int> x;
+        for (unsigned int j = 0; j < n; ++j) x.push_back(g.boolean());
+        std::vector<std::vector<long long>> weights(m);
+        std::vector<long long> capacities, values;
+        for (unsigned int r = 0; r < m; ++r) {
+            long long total = 0;
+            for (unsigned int j = 0; j < n; ++j) total += weights[r].emplace_back(5 + random() % 40);
+            capacities.push_back(total / 3);
+            g.constraint(g.add(Leq, {g.add(ScalarSum, x, weights[r]), g.constant(capacities.back())}));
+        }
+        for (unsigned int j = 0; j < n; ++j) values.push_back(1 + random() % 60);
+        const unsigned int value = g.add(ScalarSum, x, values);
+        g.objective(value, Maximize);
+        AutonomousFixedFields fields(g.close());
+        // Items in random order, packed while they fit.
+        std::vector<long long> start(n, 0), used(m, 0);
+        for (unsigned int j = 0; j < n; ++j) {
+            bool fits = true;
+            for (unsigned int r = 0; r < m; ++r) fits = fits && used[r] + weights[r][j] <= capacities[r];
+            if (!fits || random() % 2) continue;
+            start[j] = 1;
+            for (unsigned int r = 0; r < m; ++r) used[r] += weights[r][j];
+        }
+        std::unique_ptr<Dag> dag = g.makeDag(start);
+        AutonomousStructure structure(*dag, fields);
+        Quickrand rand(seed);
+        for (unsigned int k : {2u, 5u, 8u}) {
+            ASSERT_TRUE(MoveChain::isValidK(MoveChain::DeepFill, k, fields));
+            MoveChain deep(*dag, rand, structure, MoveChain::DeepFill, k, 1, 0);
+            SCOPED_TRACE(deep.getName() + " seed " + std::to_string(seed));
+            unsigned int longer = 0;
+            const unsigned int built = exercise(*dag, deep, 150, true, [&](unsigned int, unsigned int, bool ok) {
+                EXPECT_TRUE(ok);
+                const std::vector<MoveChain::Round>& rounds = deep.getRounds();
+                ASSERT_FALSE(rounds.empty());
+                ASSERT_LE(rounds.size(), k);
+                std::size_t best = 0;
+                for (std::size_t r = 0; r < rounds.size(); ++r) {
+                    EXPECT_TRUE(rounds[r].settled);
+                    EXPECT_GT(rounds[r].end, r == 0 ? 0 : rounds[r - 1].end);
+                    if (rounds[r].worth > rounds[best].worth) best = r;
+                }
+                longer += best > 0;
+                EXPECT_EQ(dag->getPropagation().getModifiedVariables().size(), rounds[best].end);
+                EXPECT_EQ(dag->newValue(value) - dag->currentValue(value), rounds[best].worth);
+                // The loads from the items: the rows' sums are not all
+                // evaluated in the graph when the kept scores judge a move.
+                std::vector<long long> load(m, 0);
+                for (unsigned int r = 0; r < m; ++r) {
+                    for (unsigned int j = 0; j < n; ++j) load[r] += weights[r][j] * dag->newValue(x[j]);
+                    EXPECT_LE(load[r], capacities[r]);
+                }
+                for (unsigned int j = 0; j < n; ++j) {
+                    if (dag->currentValue(x[j]) != 0 || dag->newValue(x[j]) != 0) continue;
+                    bool fits = true;
+                    for (unsigned int r = 0; r < m; ++r) fits = fits && load[r] + weights[r][j] <= capacities[r];
+                    EXPECT_FALSE(fits) << "item " << j << " left out";
+                }
+            });
+            EXPECT_GT(built, 100u);
+            // Some kept more than their first round.
+            EXPECT_GT(longer, 0u);
+        }
+    }
+    StalledKnapsack s;
+    EXPECT_FALSE(MoveChain::isValidK(MoveChain::DeepFill, 1, *s.autonomous));
+    EXPECT_TRUE(MoveChain::isValidK(MoveChain::DeepFill, MoveChain::MAX_DEEP_ROUNDS, *s.autonomous));
+    EXPECT_FALSE(MoveChain::isValidK(MoveChain::DeepFill, MoveChain::MAX_DEEP_ROUNDS + 1, *s.autonomous));
 }
 
 TEST(MoveChainTest, FillsBuyAColumnAndSellWhatItMakesRedundant) {
